@@ -1,0 +1,98 @@
+#include "connection/Connection.h"
+
+#include "connection/LineSettings.h"
+#include "connection/OperatorPrompts.h"
+
+Connection::Connection(OperatorPrompts& prompts, QObject* parent)
+    : QObject(parent), link(port, bOnLine), m_prompts(prompts)
+{
+    Timer1Sec.setInterval(kPollIntervalMs);
+    connect(&link, &RegisterLink::gaveUp, this, &Connection::GoOffLine);
+    connect(&port, &Transport::lost, this, [this] {
+        port.close();
+        OffLineTail();
+        m_prompts.Critical(QStringLiteral("Comm Port Error！"));
+    });
+}
+
+void Connection::SetSettings(const QString& settings)
+{
+    m_settings = settings;
+    if (!port.isOpen())
+        return;
+    QString error;
+    const auto parsed = LineSettings::Parse(settings);
+    if (!parsed || !port.apply(*parsed, &error)) {
+        port.close();
+        PortError();
+    }
+}
+
+void Connection::On_Line_Click(const QString& addressText)
+{
+    if (addressText.isEmpty()) {
+        m_prompts.Critical(QStringLiteral("No Address！"));
+        return;
+    }
+    if (bOnLine.isTrue()) {
+        port.close();
+        OffLineTail();
+        return;
+    }
+    bOnLine.set(true);
+    QString error;
+    if (!OpenPort(&error)) {
+        PortError();
+        return;
+    }
+    port.discardInput();
+    link.BuildCrcTables();
+    Timer1Sec.start();
+    emit onLineChanged(true);
+}
+
+void Connection::GoOffLine()
+{
+    port.close();
+    OffLineTail();
+}
+
+bool Connection::OpenPort(QString* error)
+{
+    const auto settings = LineSettings::Parse(m_settings);
+    if (!settings) {
+        *error = QStringLiteral("bad settings string \"%1\"").arg(m_settings);
+        return false;
+    }
+    const QString device = DeviceFor(m_portNumber, error);
+    return !device.isEmpty() && port.open(device, *settings, error);
+}
+
+QString Connection::DeviceFor(int number, QString* error) const
+{
+    if (number < 1 || number > m_entries.size())
+        return PortCatalog::NumberedDevice(number);
+    const PortEntry& entry = m_entries.at(number - 1);
+    if (!entry.simulated)
+        return entry.device;
+    if (!simulatedMeterDevice) {
+        *error = QStringLiteral("no simulated meter in this build");
+        return QString();
+    }
+    return simulatedMeterDevice(error);
+}
+
+void Connection::OffLineTail()
+{
+    bOnLine.set(false);
+    port.discardInput();
+    link.BuildCrcTables();
+    Timer1Sec.stop();
+    emit onLineChanged(false);
+}
+
+void Connection::PortError()
+{
+    m_prompts.Critical(QStringLiteral("Comm Port Error！"));
+    OffLineTail();
+}

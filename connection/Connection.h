@@ -1,0 +1,70 @@
+#pragma once
+
+#include "connection/PortCatalog.h"
+#include "connection/SerialTransport.h"
+#include "link/RegisterLink.h"
+#include "link/WatchedFlag.h"
+
+#include <QList>
+#include <QObject>
+#include <QString>
+#include <QTimer>
+
+#include <functional>
+
+class OperatorPrompts;
+
+// The tool's one connection to the meter: the port, the on-line state and the poll timer.
+// Going on line opens the port with the chosen number and settings string, rebuilds the CRC
+// tables and starts `Timer1Sec`; going off line closes the port and stops it again. The
+// window follows through `onLineChanged`.
+class Connection : public QObject {
+    Q_OBJECT
+public:
+    static constexpr int kPollIntervalMs = 201;
+
+    explicit Connection(OperatorPrompts& prompts, QObject* parent = nullptr);
+
+    // The entries of the port list, in list order; port number n is entry n - 1.
+    void SetPortEntries(const QList<PortEntry>& entries) { m_entries = entries; }
+    const QList<PortEntry>& PortEntries() const { return m_entries; }
+
+    // Port number := list index + 1.
+    void Combo_CommPort_Click(int listIndex) { m_portNumber = listIndex + 1; }
+    int PortNumber() const { return m_portNumber; }
+
+    // The settings string built by the baud-rate and stop-bit lists. Kept as it stands and
+    // applied at once when the port is open.
+    void SetSettings(const QString& settings);
+    const QString& Settings() const { return m_settings; }
+
+    // Toggles the connection. `addressText` is the text of the address list: an empty one is
+    // refused before anything else happens.
+    void On_Line_Click(const QString& addressText);
+    // Closes the port and takes the off-line state: the action of a transaction that gives up.
+    void GoOffLine();
+
+    // Starts the simulated meter when its entry is chosen and gives its device path, or an
+    // empty string with the reason in `error`.
+    std::function<QString(QString* error)> simulatedMeterDevice;
+
+    WatchedFlag bOnLine;
+    SerialTransport port;
+    RegisterLink link;
+    QTimer Timer1Sec;
+
+signals:
+    // Emitted after every change of state, also after a failed attempt to go on line.
+    void onLineChanged(bool onLine);
+
+private:
+    bool OpenPort(QString* error);
+    QString DeviceFor(int number, QString* error) const;
+    void OffLineTail();
+    void PortError();
+
+    OperatorPrompts& m_prompts;
+    QList<PortEntry> m_entries;
+    int m_portNumber = 1;
+    QString m_settings;
+};

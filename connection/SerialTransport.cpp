@@ -1,0 +1,78 @@
+#include "connection/SerialTransport.h"
+
+SerialTransport::SerialTransport(QObject* parent) : Transport(parent)
+{
+    connect(&m_port, &QSerialPort::readyRead, this, &Transport::dataArrived);
+    connect(&m_port, &QSerialPort::errorOccurred, this, &SerialTransport::onError);
+}
+
+bool SerialTransport::isOpen() const
+{
+    return m_port.isOpen();
+}
+
+qsizetype SerialTransport::bytesWaiting() const
+{
+    return m_port.bytesAvailable();
+}
+
+QByteArray SerialTransport::takeAll()
+{
+    return m_port.readAll();
+}
+
+void SerialTransport::discardInput()
+{
+    if (m_port.isOpen())
+        m_port.clear(QSerialPort::Input);
+}
+
+void SerialTransport::send(const QByteArray& frame)
+{
+    m_port.write(frame);
+    m_port.flush();
+}
+
+bool SerialTransport::open(const QString& device, const LineSettings& settings, QString* error)
+{
+    close();
+    m_port.setPortName(device);
+    if (!m_port.open(QIODevice::ReadWrite)) {
+        *error = m_port.errorString();
+        return false;
+    }
+    if (!apply(settings, error) || !m_port.setFlowControl(QSerialPort::NoFlowControl)) {
+        if (error->isEmpty())
+            *error = m_port.errorString();
+        close();
+        return false;
+    }
+    m_port.clear(QSerialPort::AllDirections);
+    return true;
+}
+
+bool SerialTransport::apply(const LineSettings& settings, QString* error)
+{
+    const bool ok = m_port.setBaudRate(settings.baudRate) && m_port.setParity(settings.parity)
+        && m_port.setDataBits(settings.dataBits) && m_port.setStopBits(settings.stopBits);
+    if (!ok)
+        *error = m_port.errorString();
+    return ok;
+}
+
+void SerialTransport::close()
+{
+    if (m_port.isOpen())
+        m_port.close();
+    m_port.clearError();
+}
+
+void SerialTransport::onError(QSerialPort::SerialPortError error)
+{
+    // Errors while opening or configuring are reported by open() and apply(); what arrives
+    // here on an open port means the device itself failed.
+    const bool deviceFailed = error == QSerialPort::ResourceError || error == QSerialPort::ReadError
+        || error == QSerialPort::WriteError;
+    if (deviceFailed && m_port.isOpen())
+        emit lost(m_port.errorString());
+}
