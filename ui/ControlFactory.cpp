@@ -1,0 +1,99 @@
+#include "ui/ControlFactory.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QFontDatabase>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QPushButton>
+
+namespace Controls {
+
+namespace {
+
+template <typename T>
+T* Named(T* control, const QString& name, const QString& accessibleName)
+{
+    control->setObjectName(name);
+    control->setAccessibleName(accessibleName);
+    return control;
+}
+
+} // namespace
+
+QLineEdit* TextReadout(const QString& name, const QString& accessibleName)
+{
+    auto* field = Named(new QLineEdit, name, accessibleName);
+    field->setReadOnly(true);
+    return field;
+}
+
+QLineEdit* NumberReadout(const QString& name, const QString& accessibleName, int characters)
+{
+    auto* field = TextReadout(name, accessibleName);
+    field->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    field->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    // The frame and the line edit's inner margins take about two more characters.
+    field->setMinimumWidth(field->fontMetrics().horizontalAdvance(QLatin1Char('0')) * (characters + 2));
+    return field;
+}
+
+QLineEdit* NumberInput(const QString& name, const QString& accessibleName)
+{
+    auto* field = Named(new QLineEdit, name, accessibleName);
+    field->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    return field;
+}
+
+QPlainTextEdit* NoteBox(const QString& name, const QString& accessibleName)
+{
+    auto* box = Named(new QPlainTextEdit, name, accessibleName);
+    box->setReadOnly(true);
+    box->setLineWrapMode(QPlainTextEdit::NoWrap);
+    box->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    return box;
+}
+
+QComboBox* ChoiceList(const QString& name, const QString& accessibleName, Typing typing)
+{
+    auto* list = Named(new QComboBox, name, accessibleName);
+    list->setSizeAdjustPolicy(QComboBox::AdjustToContents);
+    if (typing == Typing::Typed) {
+        list->setEditable(true);
+        list->setInsertPolicy(QComboBox::NoInsert);
+        list->setCompleter(nullptr);
+    }
+    return list;
+}
+
+QPushButton* Button(const QString& name, const QString& caption, const QString& accessibleName)
+{
+    return Named(new QPushButton(caption), name, accessibleName);
+}
+
+QPushButton* MeterButton(const QString& name, const QString& caption, const QString& accessibleName)
+{
+    auto* button = Button(name, caption, accessibleName);
+    button->setEnabled(false);
+    return button;
+}
+
+QCheckBox* CheckBox(const QString& name, const QString& caption, const QString& accessibleName)
+{
+    return Named(new QCheckBox(caption), name, accessibleName);
+}
+
+QLabel* Caption(const QString& text, QWidget* field)
+{
+    auto* label = new QLabel(text);
+    label->setBuddy(field);
+    return label;
+}
+
+QLabel* Heading(const QString& text)
+{
+    return new QLabel(text);
+}
+
+} // namespace Controls

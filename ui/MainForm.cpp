@@ -1,0 +1,103 @@
+#include "ui/MainForm.h"
+
+#include "ui/ControlFactory.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QTabWidget>
+#include <QVBoxLayout>
+
+using namespace Controls;
+
+namespace {
+
+// Light red of the off-line state; going on line turns the field light green.
+const QColor kOffLineColour(0xFF, 0xC0, 0xC0);
+
+// Room for the longest status texts and a few echoed request frames without pushing the tabs.
+constexpr int kFrameEchoLines = 3;
+
+} // namespace
+
+MainForm::MainForm(QWidget* parent) : QMainWindow(parent)
+{
+    setObjectName(QStringLiteral("MainForm"));
+    setWindowTitle(QStringLiteral("Norvale QX-5820 setting V1.0"));
+
+    tabs = new QTabWidget;
+    tabs->setObjectName(QStringLiteral("tabs"));
+    tabs->setAccessibleName(QStringLiteral("Real-time data, meter settings and load profile"));
+    tabs->addTab(BuildRealTimeTab(), QStringLiteral("Real time Data"));
+    tabs->addTab(BuildMeterSettingTab(), QStringLiteral("Meter Settig"));
+    tabs->addTab(BuildLoadProfileTab(), QStringLiteral("Load Profile"));
+
+    auto* central = new QWidget;
+    auto* layout = new QVBoxLayout(central);
+    layout->addWidget(BuildConnectionFrame());
+    layout->addWidget(tabs, 1);
+    layout->addWidget(BuildStatusArea());
+    setCentralWidget(central);
+    resize(1280, 800);
+}
+
+QWidget* MainForm::BuildConnectionFrame()
+{
+    Combo_CommPort = ChoiceList(QStringLiteral("Combo_CommPort"), QStringLiteral("Serial port of the PC"));
+    Combo_BaudRate_Sel = ChoiceList(QStringLiteral("Combo_BaudRate_Sel"), QStringLiteral("Baud rate of the PC port"));
+    Combo_StopBit = ChoiceList(QStringLiteral("Combo_StopBit"), QStringLiteral("Stop bits of the PC port"));
+    Combo_Modbus_add_sel = ChoiceList(QStringLiteral("Combo_Modbus_add_sel"),
+        QStringLiteral("Modbus address of the meter to talk to"), Typing::Typed);
+    On_Line = Button(QStringLiteral("On_Line"), QStringLiteral("On Line"), QStringLiteral("Go on line or off line"));
+    txt_Online = TextReadout(QStringLiteral("txt_Online"), QStringLiteral("Connection state"));
+    txt_Online->setText(QStringLiteral("Off Line"));
+    txt_Online->setAlignment(Qt::AlignCenter);
+    QPalette offLine = txt_Online->palette();
+    offLine.setColor(QPalette::Base, kOffLineColour);
+    txt_Online->setPalette(offLine);
+
+    auto* frame = new QGroupBox(QStringLiteral("Connection"));
+    auto* row = new QHBoxLayout(frame);
+    row->addWidget(Caption(QStringLiteral("&Port"), Combo_CommPort));
+    row->addWidget(Combo_CommPort);
+    row->addSpacing(12);
+    row->addWidget(Caption(QStringLiteral("&Baud rate"), Combo_BaudRate_Sel));
+    row->addWidget(Combo_BaudRate_Sel);
+    row->addSpacing(12);
+    row->addWidget(Caption(QStringLiteral("&Stop bit"), Combo_StopBit));
+    row->addWidget(Combo_StopBit);
+    row->addSpacing(12);
+    row->addWidget(Caption(QStringLiteral("Modbus &address"), Combo_Modbus_add_sel));
+    row->addWidget(Combo_Modbus_add_sel);
+    row->addSpacing(24);
+    row->addWidget(On_Line);
+    row->addWidget(txt_Online);
+    row->addStretch(1);
+    return frame;
+}
+
+QWidget* MainForm::BuildStatusArea()
+{
+    Text6 = TextReadout(QStringLiteral("Text6"), QStringLiteral("Communication status"));
+    Text12 = NoteBox(QStringLiteral("Text12"), QStringLiteral("Request frames sent to the meter"));
+    Text12->setFixedHeight(Text12->fontMetrics().lineSpacing() * kFrameEchoLines
+                           + 2 * Text12->frameWidth() + 8);
+    chk_ShowFrames = CheckBox(QStringLiteral("chk_ShowFrames"), QStringLiteral("Show request frames"),
+                              QStringLiteral("Show the request frames sent to the meter"));
+
+    auto* area = new QWidget;
+    auto* grid = new QGridLayout(area);
+    grid->setContentsMargins(0, 0, 0, 0);
+    grid->addWidget(Caption(QStringLiteral("Status"), Text6), 0, 0);
+    grid->addWidget(Text6, 0, 1);
+    grid->addWidget(chk_ShowFrames, 0, 2);
+    grid->addWidget(Caption(QStringLiteral("Requests"), Text12), 1, 0, Qt::AlignTop);
+    grid->addWidget(Text12, 1, 1, 1, 2);
+    grid->setColumnStretch(1, 1);
+    return area;
+}

@@ -1,0 +1,123 @@
+#pragma once
+
+#include "ui/ControlArray.h"
+
+#include <QMainWindow>
+
+class QCheckBox;
+class QComboBox;
+class QLineEdit;
+class QPlainTextEdit;
+class QPushButton;
+class QTabWidget;
+
+// The tool's one window. Its controls are public and carry the names the meter tool's routines
+// use for them, so the connection, polling and setting code can address them directly. The
+// constructor only builds the controls; Form_Load puts them into the off-line starting state.
+class MainForm : public QMainWindow {
+    Q_OBJECT
+public:
+    explicit MainForm(QWidget* parent = nullptr);
+
+    // Fills every choice list and selects its starting entry. A selection made here counts as
+    // the operator's: handlers connected to currentIndexChanged beforehand run for it.
+    void Form_Load();
+
+    // Connection frame, above the tabs.
+    QComboBox* Combo_CommPort = nullptr;
+    QComboBox* Combo_BaudRate_Sel = nullptr;
+    QComboBox* Combo_StopBit = nullptr;
+    QComboBox* Combo_Modbus_add_sel = nullptr;
+    QPushButton* On_Line = nullptr;
+    QLineEdit* txt_Online = nullptr;
+
+    // Status area, below the tabs.
+    QLineEdit* Text6 = nullptr;
+    QPlainTextEdit* Text12 = nullptr;
+    QCheckBox* chk_ShowFrames = nullptr;
+
+    QTabWidget* tabs = nullptr;
+
+    // "Real time Data" tab. Element numbers follow the meter's data layout: the current, power
+    // and power-factor families are numbered 3 to 6 (L1, L2, L3, average or total).
+    ControlArray<QLineEdit> txt_V_N{QStringLiteral("txt_V_N")};
+    ControlArray<QLineEdit> txt_V_B{QStringLiteral("txt_V_B")};
+    ControlArray<QLineEdit> txt_I_Result{QStringLiteral("txt_I_Result")};
+    ControlArray<QLineEdit> txt_W_Result{QStringLiteral("txt_W_Result")};
+    ControlArray<QLineEdit> txt_Var_Result{QStringLiteral("txt_Var_Result")};
+    ControlArray<QLineEdit> txt_VA_Result{QStringLiteral("txt_VA_Result")};
+    ControlArray<QLineEdit> txt_PF_Result{QStringLiteral("txt_PF_Result")};
+    ControlArray<QLineEdit> txt_V_Angle{QStringLiteral("txt_V_Angle")};
+    ControlArray<QLineEdit> txt_I_Angle{QStringLiteral("txt_I_Angle")};
+    // Energy k (0 kWh delivered, 1 kWh received, 2 kvarh lagging, 3 kvarh leading, 4 kVAh):
+    // element k is the total, 5 + 5t + k phase t (0 = L1, 1 = L2, 2 = L3).
+    ControlArray<QLineEdit> txt_kWh{QStringLiteral("txt_kWh")};
+    QLineEdit* txtFrequency = nullptr;
+    QLineEdit* txt_PTRatio = nullptr;
+    QLineEdit* txtPTRatio2 = nullptr;
+    QLineEdit* txt_CTRatio = nullptr;
+    QLineEdit* Text5 = nullptr;
+    QLineEdit* Text3 = nullptr;
+    QLineEdit* txt_Wiring = nullptr;
+    QLineEdit* txt_Phasor = nullptr;
+
+    // "Meter Settig" tab.
+    QComboBox* Combo_Modbus_add = nullptr;
+    QPushButton* cmd_Test_Modbus = nullptr;
+    QComboBox* Combo_Modbus_BaudRate = nullptr;
+    QPushButton* Cmd_Modbus_BaudRate = nullptr;
+    QComboBox* Combo_SetStopBit = nullptr;
+    QPushButton* Comm_Change_StopBit = nullptr;
+    QComboBox* Combo_SetWiring = nullptr;
+    QPushButton* Comm_ChangeWiring = nullptr;
+    QComboBox* Combo_PT_Ratio = nullptr;
+    QPushButton* Cmd_PT_Ratio = nullptr;
+    QLineEdit* txtPT1 = nullptr;
+    QLineEdit* txtPT2 = nullptr;
+    QPushButton* Comm_change_VT = nullptr;
+    QComboBox* Combo_CT_Ratio = nullptr;
+    QPushButton* Cmd_CT_Ratio = nullptr;
+    QPushButton* Comm_SetTime = nullptr;
+    QPushButton* Command1 = nullptr;
+    QPushButton* Cmd_Dis_MFGSerial = nullptr;
+    QComboBox* Combo_Display_Ser_sel = nullptr;
+    QComboBox* Combo_Display_Item_sel = nullptr;
+    QPushButton* Command5 = nullptr;
+    QComboBox* Combo1 = nullptr;
+    QPushButton* Command6 = nullptr;
+    QPushButton* cmdDisplayindex = nullptr;
+    QPlainTextEdit* txtDisplayIndex = nullptr;
+    QPlainTextEdit* txt_Display_Item = nullptr;
+
+    // "Load Profile" tab. Setting element 0 is the channel count, 1 the interval in minutes,
+    // 2 onward the channel codes. Status element 0 is group 1, element 1 group 2.
+    ControlArray<QComboBox> Combo_G1_Setting{QStringLiteral("Combo_G1_Setting")};
+    ControlArray<QComboBox> Combo_G2_Setting{QStringLiteral("Combo_G2_Setting")};
+    QPushButton* Comm_LP_G1_Set = nullptr;
+    QPushButton* Comm_Clr_G1_Data = nullptr;
+    QPushButton* Comm_LP_G2_Set = nullptr;
+    QPushButton* Comm_Clr_G2_Data = nullptr;
+    ControlArray<QLineEdit> Text_LP_Data_Counter{QStringLiteral("Text_LP_Data_Counter")};
+    ControlArray<QLineEdit> Text_LP_interval{QStringLiteral("Text_LP_interval")};
+    ControlArray<QLineEdit> Text_Valid_int_num{QStringLiteral("Text_Valid_int_num")};
+    ControlArray<QLineEdit> Text_Max_int_num{QStringLiteral("Text_Max_int_num")};
+    ControlArray<QLineEdit> Text_LP_G1_Data{QStringLiteral("Text_LP_G1_Data")};
+    ControlArray<QLineEdit> Text_LP_G2_Data{QStringLiteral("Text_LP_G2_Data")};
+    QPlainTextEdit* txtLPindex = nullptr;
+    QPushButton* cmdLPindexon = nullptr;
+    QComboBox* Combo_LP_Read_Group_Sel = nullptr;
+    QComboBox* Combo_LP_Start_No = nullptr;
+    QComboBox* Combo_LP_Stop_No = nullptr;
+    QPushButton* Command8 = nullptr;
+    QComboBox* Combo_LP_Read_Group_Sel1 = nullptr;
+    QComboBox* Combo4 = nullptr;
+    QPushButton* Command7 = nullptr;
+    QPushButton* Command11 = nullptr;
+
+private:
+    QWidget* BuildConnectionFrame();
+    QWidget* BuildStatusArea();
+    QWidget* BuildRealTimeTab();
+    QWidget* BuildMeterSettingTab();
+    QWidget* BuildLoadProfileTab();
+};
