@@ -1,0 +1,139 @@
+// Going on line and off line: the address check, ports that fail, settings strings, and a
+// port that disappears while on line.
+#include "PtyPair.h"
+#include "RecordingPrompts.h"
+#include "connection/Connection.h"
+#include "link/RtuFrames.h"
+
+#include <QSignalSpy>
+#include <QTest>
+
+class ConnectionTest : public QObject {
+    Q_OBJECT
+private slots:
+    void init()
+    {
+        m_pair = std::make_unique<PtyPair>();
+        m_prompts = RecordingPrompts();
+        m_connection = std::make_unique<Connection>(m_prompts);
+        m_connection->SetPortEntries(PortCatalog::Build({m_pair->second()}));
+        m_connection->SetSettings(QStringLiteral("19200,n,8,1"));
+    }
+    void cleanup()
+    {
+        m_connection.reset();
+        m_pair.reset();
+    }
+
+    void anEmptyAddressIsRefusedBeforeAnythingElse()
+    {
+        useThePty();
+        m_connection->On_Line_Click(QString());
+        QCOMPARE(m_prompts.errors, QStringList{QStringLiteral("No Address！")});
+        QVERIFY(!m_connection->bOnLine.isTrue());
+        QVERIFY(!m_connection->port.isOpen());
+
+        // Even on line, the check comes first: the button cannot end the connection then.
+        m_connection->On_Line_Click(QStringLiteral("15"));
+        QVERIFY(m_connection->bOnLine.isTrue());
+        m_connection->On_Line_Click(QString());
+        QVERIFY(m_connection->bOnLine.isTrue());
+        QVERIFY(m_connection->port.isOpen());
+    }
+
+    void goesOnLineAndOffLine()
+    {
+        useThePty();
+        QSignalSpy changes(m_connection.get(), &Connection::onLineChanged);
+        m_connection->On_Line_Click(QStringLiteral("15"));
+        QVERIFY(m_prompts.errors.isEmpty());
+        QCOMPARE(m_connection->bOnLine.value(), kTrue);
+        QVERIFY(m_connection->port.isOpen());
+        QVERIFY(m_connection->Timer1Sec.isActive());
+        QCOMPARE(m_connection->Timer1Sec.interval(), 201);
+        QCOMPARE(m_connection->link.crc.CrcTableHi[1], quint8(0xC1));
+
+        m_connection->On_Line_Click(QStringLiteral("15"));
+        QCOMPARE(m_connection->bOnLine.value(), kFalse);
+        QVERIFY(!m_connection->port.isOpen());
+        QVERIFY(!m_connection->Timer1Sec.isActive());
+        QCOMPARE(changes.size(), 2);
+        QCOMPARE(changes.at(1).at(0).toBool(), false);
+    }
+
+    void portsThatCannotBeOpenedEndOffLine_data()
+    {
+        QTest::addColumn<int>("listIndex");
+        QTest::addColumn<QString>("settings");
+        QTest::newRow("numbered port that is not there") << 14 << QStringLiteral("19200,n,8,1");
+        QTest::newRow("stop bits missing") << 15 << QStringLiteral("19200,n,8,");
+        QTest::newRow("baud rate not a number") << 15 << QStringLiteral("fast,n,8,1");
+    }
+    void portsThatCannotBeOpenedEndOffLine()
+    {
+        QFETCH(int, listIndex);
+        QFETCH(QString, settings);
+        m_connection->Combo_CommPort_Click(listIndex);
+        m_connection->SetSettings(settings);
+        QSignalSpy changes(m_connection.get(), &Connection::onLineChanged);
+        m_connection->On_Line_Click(QStringLiteral("15"));
+        QCOMPARE(m_prompts.errors, QStringList{QStringLiteral("Comm Port Error！")});
+        QCOMPARE(m_connection->bOnLine.value(), kFalse);
+        QVERIFY(!m_connection->Timer1Sec.isActive());
+        QCOMPARE(changes.size(), 1);
+        QCOMPARE(changes.at(0).at(0).toBool(), false);
+    }
+
+    void portNumberIsTheListIndexPlusOne()
+    {
+        m_connection->Combo_CommPort_Click(14);
+        QCOMPARE(m_connection->PortNumber(), 15);
+        QCOMPARE(m_connection->PortEntries().at(14).device, PortCatalog::NumberedDevice(15));
+    }
+
+    void unusableSettingsWhileOnLineAreAPortError()
+    {
+        useThePty();
+        m_connection->On_Line_Click(QStringLiteral("15"));
+        m_connection->SetSettings(QStringLiteral("9600,n,8,2"));
+        QVERIFY(m_connection->bOnLine.isTrue());
+        m_connection->SetSettings(QStringLiteral("9600,q,8,2"));
+        QCOMPARE(m_prompts.errors, QStringList{QStringLiteral("Comm Port Error！")});
+        QVERIFY(!m_connection->bOnLine.isTrue());
+        QVERIFY(!m_connection->port.isOpen());
+    }
+
+    void aVanishingPortTakesTheToolOffLine()
+    {
+        useThePty();
+        m_connection->On_Line_Click(QStringLiteral("15"));
+        QVERIFY(m_connection->bOnLine.isTrue());
+        // A transaction is waiting for its reply when the device disappears.
+        bool returned = false;
+        QTimer::singleShot(100, [this] { m_pair.reset(); });
+        QTimer::singleShot(0, [this, &returned] {
+            m_connection->link.ResetRxData();
+            m_connection->link.ReadRegisters(m_connection->link.ModbusAddress, Rtu::kReadHolding, 0x1000, 10);
+            returned = true;
+        });
+        QTRY_VERIFY_WITH_TIMEOUT(returned, 3000);
+        QVERIFY(!m_connection->bOnLine.isTrue());
+        QVERIFY(!m_connection->port.isOpen());
+        QCOMPARE(m_prompts.errors, QStringList{QStringLiteral("Comm Port Error！")});
+    }
+
+private:
+    void useThePty()
+    {
+        if (!m_pair->error().isEmpty())
+            QSKIP(qPrintable(m_pair->error()));
+        m_connection->Combo_CommPort_Click(15); // the first port after the numbered ones
+    }
+
+    std::unique_ptr<PtyPair> m_pair;
+    RecordingPrompts m_prompts;
+    std::unique_ptr<Connection> m_connection;
+};
+
+QTEST_GUILESS_MAIN(ConnectionTest)
+#include "ConnectionTest.moc"
