@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QtGlobal>
+
+class IntervalLists;
+class Screen;
+
+// Keeps the download's start and stop lists equal to "1" up to the number of valid
+// intervals of the chosen group. The lists are rebuilt only when that number falls (a group
+// was cleared); when it grows, only the new numbers are appended, so the operator's choice
+// stays in place. Nothing is touched while the number is unchanged.
+class LpNumberLists {
+public:
+    // Counts that grow by more than this disable the lists while they are filled.
+    static constexpr qint32 kLongAppend = 10;
+
+    LpNumberLists(Screen& screen, IntervalLists& lists) : m_screen(screen), m_lists(lists) {}
+
+    void RefreshLpNumberLists();
+
+    // The number of valid intervals the lists were last built for.
+    qint32 LpListCount = 0;
+
+private:
+    Screen& m_screen;
+    IntervalLists& m_lists;
+};

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <QStringList>
+
+class QComboBox;
+
+// Entries of the meter tool's choice lists are plain decimal numbers: "first" to "last".
+QStringList NumberTexts(int first, int last);
+
+// Appends entries without selecting anything. Qt selects the first entry of an empty list by
+// itself, which would run the list's selection handler on a half-filled list; the meter tool's
+// lists only change their selection when told to, so the selection (and, for a typed list, the
+// typed text) is kept as it was.
+void AddEntries(QComboBox* list, const QStringList& entries);
+
+// Appends the entries, then selects entry `index`: one selection, seen by the handlers with the
+// whole list in place.
+void FillAndSelect(QComboBox* list, const QStringList& entries, int index);
