@@ -12,6 +12,12 @@ namespace Controls {
 
 namespace {
 
+// The frame and the line edit's inner margins take about two more characters.
+int FieldWidth(const QWidget* field, int characters)
+{
+    return field->fontMetrics().horizontalAdvance(QLatin1Char('0')) * (characters + 2);
+}
+
 template <typename T>
 T* Named(T* control, const QString& name, const QString& accessibleName)
 {
@@ -34,15 +40,15 @@ QLineEdit* NumberReadout(const QString& name, const QString& accessibleName, int
     auto* field = TextReadout(name, accessibleName);
     field->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     field->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
-    // The frame and the line edit's inner margins take about two more characters.
-    field->setMinimumWidth(field->fontMetrics().horizontalAdvance(QLatin1Char('0')) * (characters + 2));
+    field->setMinimumWidth(FieldWidth(field, characters));
     return field;
 }
 
-QLineEdit* NumberInput(const QString& name, const QString& accessibleName)
+QLineEdit* NumberInput(const QString& name, const QString& accessibleName, int characters)
 {
     auto* field = Named(new QLineEdit, name, accessibleName);
     field->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    field->setMaximumWidth(FieldWidth(field, characters));
     return field;
 }
 

@@ -19,8 +19,8 @@ namespace Controls {
 QLineEdit* NumberReadout(const QString& name, const QString& accessibleName, int characters);
 // Read-only field for a text from the meter (clock, identification, wiring).
 QLineEdit* TextReadout(const QString& name, const QString& accessibleName);
-// Field the operator types a number into.
-QLineEdit* NumberInput(const QString& name, const QString& accessibleName);
+// Field the operator types a number into, sized for `characters` digits.
+QLineEdit* NumberInput(const QString& name, const QString& accessibleName, int characters);
 // Multi-line read-only box (legends, lists read back from the meter).
 QPlainTextEdit* NoteBox(const QString& name, const QString& accessibleName);
 

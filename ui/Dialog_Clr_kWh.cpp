@@ -18,7 +18,7 @@ Dialog_Clr_kWh::Dialog_Clr_kWh(QWidget* owner) : QDialog(owner)
     Label1->setObjectName(QStringLiteral("Label1"));
     Label1->setAccessibleName(QStringLiteral("Question"));
     Label1->setWordWrap(true);
-    Label1->setMinimumWidth(Label1->fontMetrics().averageCharWidth() * 40);
+    Label1->setMinimumWidth(Label1->fontMetrics().averageCharWidth() * 60);
     OKButton = Controls::Button(QStringLiteral("OKButton"), QStringLiteral("OK"), QStringLiteral("Confirm"));
     CancelButton = Controls::Button(QStringLiteral("CancelButton"), QStringLiteral("Cancel"),
                                     QStringLiteral("Cancel, change nothing"));

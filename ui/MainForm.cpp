@@ -4,6 +4,7 @@
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QGridLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -11,7 +12,9 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QTabWidget>
+#include <QTextDocument>
 #include <QVBoxLayout>
+#include <QtMath>
 
 using namespace Controls;
 
@@ -85,8 +88,8 @@ QWidget* MainForm::BuildStatusArea()
 {
     Text6 = TextReadout(QStringLiteral("Text6"), QStringLiteral("Communication status"));
     Text12 = NoteBox(QStringLiteral("Text12"), QStringLiteral("Request frames sent to the meter"));
-    Text12->setFixedHeight(Text12->fontMetrics().lineSpacing() * kFrameEchoLines
-                           + 2 * Text12->frameWidth() + 8);
+    Text12->setFixedHeight(Text12->fontMetrics().lineSpacing() * kFrameEchoLines + 2 * Text12->frameWidth()
+                           + qCeil(2 * Text12->document()->documentMargin()));
     chk_ShowFrames = CheckBox(QStringLiteral("chk_ShowFrames"), QStringLiteral("Show request frames"),
                               QStringLiteral("Show the request frames sent to the meter"));
 

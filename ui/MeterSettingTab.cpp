@@ -16,12 +16,15 @@ using namespace Controls;
 
 namespace {
 
+// PT voltages such as 33000 or 63.5.
+constexpr int kVoltDigits = 7;
+
 // A setting row: what is set, the value to send and the button that sends it.
 void AddSettingRow(QGridLayout* grid, const QString& caption, QWidget* value, QPushButton* button)
 {
     const int row = grid->rowCount();
     grid->addWidget(Caption(caption, value), row, 0);
-    grid->addWidget(value, row, 1);
+    grid->addWidget(value, row, 1, Qt::AlignLeft);
     grid->addWidget(button, row, 2);
 }
 
@@ -29,7 +32,8 @@ QGroupBox* SettingFrame(const QString& title, QGridLayout*& grid)
 {
     auto* frame = new QGroupBox(title);
     grid = new QGridLayout(frame);
-    grid->setColumnStretch(1, 1);
+    // Values keep their natural width, buttons stay next to them; spare room goes to the right.
+    grid->setColumnStretch(3, 1);
     return frame;
 }
 
@@ -58,8 +62,8 @@ QWidget* BuildCommunicationFrame(MainForm& form)
 // PT ratio 2 is entered as the primary and secondary voltages; the meter is sent their ratio.
 QWidget* BuildPtVoltagePair(MainForm& form)
 {
-    form.txtPT1 = NumberInput(QStringLiteral("txtPT1"), QStringLiteral("PT ratio 2, primary volts"));
-    form.txtPT2 = NumberInput(QStringLiteral("txtPT2"), QStringLiteral("PT ratio 2, secondary volts"));
+    form.txtPT1 = NumberInput(QStringLiteral("txtPT1"), QStringLiteral("PT ratio 2, primary volts"), kVoltDigits);
+    form.txtPT2 = NumberInput(QStringLiteral("txtPT2"), QStringLiteral("PT ratio 2, secondary volts"), kVoltDigits);
     auto* pair = new QWidget;
     auto* row = new QHBoxLayout(pair);
     row->setContentsMargins(0, 0, 0, 0);

@@ -145,7 +145,6 @@ QWidget* BuildMeterFrame(MainForm& form)
         grid->addWidget(field, r, 1);
         grid->addWidget(Heading(unit), r, 2);
     }
-    grid->setRowStretch(rows.size(), 1);
     return frame;
 }
 
@@ -158,8 +157,11 @@ QWidget* MainForm::BuildRealTimeTab()
     left->addWidget(BuildMeasurementFrame(*this));
     left->addWidget(BuildEnergyFrame(*this));
     left->addStretch(1);
+    auto* right = new QVBoxLayout;
+    right->addWidget(BuildMeterFrame(*this));
+    right->addStretch(1);
     auto* columns = new QHBoxLayout(tab);
     columns->addLayout(left, 3);
-    columns->addWidget(BuildMeterFrame(*this), 1);
+    columns->addLayout(right, 1);
     return tab;
 }

@@ -1,0 +1,90 @@
+#pragma once
+
+#include "sim/EnergyCounters.h"
+#include "sim/LoadProfileGroup.h"
+#include "sim/MeterRegisters.h"
+#include "sim/SimClock.h"
+#include "sim/ThreePhaseLoad.h"
+
+#include <QByteArray>
+#include <QHash>
+#include <QList>
+
+#include <array>
+#include <optional>
+
+namespace sim {
+
+// Modbus exception codes the meter answers with.
+enum class ModbusError : quint8 {
+    None = 0,
+    IllegalFunction = 1,
+    IllegalDataAddress = 2,
+    IllegalDataValue = 3,
+};
+
+struct RegisterRead {
+    ModbusError error = ModbusError::None;
+    QList<quint16> values;
+};
+
+// The QX-5820's registers: its settings, what it measures, its energy counters, clock and
+// load-profile memory. Not thread-safe; SharedMeterModel guards it.
+//
+// Measured values, counters and records are computed from the seed and the clock's uptime
+// whenever they are read, so the same seed at the same simulated moment serves the same
+// registers. Record areas serve zeros for interval numbers that hold no record.
+class MeterModel {
+public:
+    explicit MeterModel(quint64 seed = 1, const QDateTime& clock = {}, SimClock::Mode mode = SimClock::Mode::Running);
+
+    // What a read request of `count` registers gets: the values, or IllegalDataAddress when
+    // any of them lies outside the served blocks.
+    RegisterRead read(Table table, quint16 start, quint16 count) const;
+    // A write of holding registers as functions 6 and 16 make it, with the meter's checks
+    // (out-of-range values are refused whole) and actions (commands, clock, group changes).
+    ModbusError write(quint16 start, const QList<quint16>& values);
+
+    quint8 slaveAddress() const;
+    // The line speed the meter listens at; 0 when its baud code is not one it knows.
+    qint32 baudRate() const;
+
+    // Registers as served; 0 outside the map.
+    quint16 holding(quint16 reg) const;
+    quint16 input(quint16 reg) const;
+    // Stores a holding register as it is, without the checks and actions of a write.
+    void setHolding(quint16 reg, quint16 value);
+    // Serves `value` at an input register from now on instead of the computed one.
+    void setInput(quint16 reg, quint16 value);
+    // The 16-byte identification text; shorter text is padded with blanks, longer cut.
+    void setIdentification(const QByteArray& text);
+
+    SimClock& clock() { return m_clock; }
+    const SimClock& clock() const { return m_clock; }
+    const ThreePhaseLoad& load() const { return m_load; }
+
+private:
+    QList<quint16> blockImage(const Block& block) const;
+    QList<quint16> settingsImage() const;
+    QList<quint16> infoImage() const;
+    QList<quint16> measurementImage(double uptime) const;
+    QList<quint16> profileCounterImage(double uptime) const;
+    QList<quint16> recordImage(int group, double uptime) const;
+
+    ProfileGroupSettings groupSettings(int group) const;
+    void restartGroup(int group, int recorded);
+    // The clock after a write of `values` from `start`: nothing when the write leaves the
+    // clock alone, an invalid time when the fields make no date.
+    std::optional<QDateTime> clockAfter(quint16 start, const QList<quint16>& values) const;
+    void apply(quint16 reg, quint16 value);
+
+    SimClock m_clock;
+    ThreePhaseLoad m_load;
+    EnergyCounters m_energy;
+    std::array<LoadProfileGroup, 2> m_groups;
+    QHash<quint16, quint16> m_holding;
+    QHash<quint16, quint16> m_inputOverrides;
+    QByteArray m_identification;
+};
+
+} // namespace sim

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "loadprofile/IntervalLists.h"
+#include "measure/Screen.h"
+
+#include <QMap>
+#include <QStringList>
+
+// The screen as a map from control name to text.
+class MapScreen : public Screen {
+public:
+    void SetText(const QString& control, const QString& text) override { texts[control] = text; }
+    QString Text(const QString& control) const override { return texts.value(control); }
+    QMap<QString, QString> texts;
+};
+
+// The start and stop lists as two string lists, with a record of every enable change.
+class RecordingLists : public IntervalLists {
+public:
+    RecordingLists() : start{QStringLiteral("1")}, stop{QStringLiteral("1")} {}
+
+    void SetEnabled(bool enabled) override { enabledHistory.append(enabled); }
+    void Clear() override
+    {
+        start.clear();
+        stop.clear();
+    }
+    void Append(qint32 first, qint32 last) override
+    {
+        for (qint32 i = first; i <= last; ++i) {
+            start.append(QString::number(i));
+            stop.append(QString::number(i));
+        }
+        ++appendCalls;
+    }
+    void ShowFirstEntry() override
+    {
+        if (!start.isEmpty())
+            startText = QStringLiteral("1");
+        if (!stop.isEmpty())
+            stopText = QStringLiteral("1");
+    }
+
+    QStringList start;
+    QStringList stop;
+    QString startText;
+    QString stopText;
+    QList<bool> enabledHistory;
+    int appendCalls = 0;
+};
