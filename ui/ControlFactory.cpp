@@ -12,6 +12,9 @@ namespace Controls {
 
 namespace {
 
+// Room in a typed list for the longest value an operator types: "6250.5", "65535".
+constexpr int kTypedCharacters = 6;
+
 // The frame and the line edit's inner margins take about two more characters.
 int FieldWidth(const QWidget* field, int characters)
 {
@@ -69,6 +72,7 @@ QComboBox* ChoiceList(const QString& name, const QString& accessibleName, Typing
         list->setEditable(true);
         list->setInsertPolicy(QComboBox::NoInsert);
         list->setCompleter(nullptr);
+        list->setMinimumContentsLength(kTypedCharacters);
     }
     return list;
 }

@@ -154,16 +154,17 @@ QWidget* BuildDownloadFrame(MainForm& form)
     auto* grid = new QGridLayout(frame);
     grid->addWidget(Caption(QStringLiteral("Group"), form.Combo_LP_Read_Group_Sel), 0, 0);
     grid->addWidget(form.Combo_LP_Read_Group_Sel, 0, 1);
-    grid->addWidget(Caption(QStringLiteral("Start no"), form.Combo_LP_Start_No), 1, 0);
-    grid->addWidget(form.Combo_LP_Start_No, 1, 1);
-    grid->addWidget(Caption(QStringLiteral("Stop no"), form.Combo_LP_Stop_No), 2, 0);
-    grid->addWidget(form.Combo_LP_Stop_No, 2, 1);
-    grid->addWidget(form.Command8, 3, 0, 1, 2);
+    grid->addWidget(Caption(QStringLiteral("Start no"), form.Combo_LP_Start_No), 0, 2);
+    grid->addWidget(form.Combo_LP_Start_No, 0, 3);
+    grid->addWidget(Caption(QStringLiteral("Stop no"), form.Combo_LP_Stop_No), 0, 4);
+    grid->addWidget(form.Combo_LP_Stop_No, 0, 5);
+    grid->addWidget(form.Command8, 1, 0, 1, 6);
     return frame;
 }
 
 QWidget* BuildInternalFrame(MainForm& form)
 {
+    // The viewer's two lists are enabled with the meter buttons when the tool goes on line.
     form.Combo_LP_Read_Group_Sel1 = ChoiceList(QStringLiteral("Combo_LP_Read_Group_Sel1"),
         QStringLiteral("Internal load profile viewer: group"));
     form.Combo_LP_Read_Group_Sel1->setEnabled(false);
@@ -179,10 +180,10 @@ QWidget* BuildInternalFrame(MainForm& form)
     auto* grid = new QGridLayout(frame);
     grid->addWidget(Caption(QStringLiteral("Group"), form.Combo_LP_Read_Group_Sel1), 0, 0);
     grid->addWidget(form.Combo_LP_Read_Group_Sel1, 0, 1);
-    grid->addWidget(Caption(QStringLiteral("Selection"), form.Combo4), 1, 0);
-    grid->addWidget(form.Combo4, 1, 1);
-    grid->addWidget(form.Command7, 2, 0, 1, 2);
-    grid->addWidget(form.Command11, 3, 0, 1, 2);
+    grid->addWidget(Caption(QStringLiteral("Selection"), form.Combo4), 0, 2);
+    grid->addWidget(form.Combo4, 0, 3);
+    grid->addWidget(form.Command7, 1, 0, 1, 2);
+    grid->addWidget(form.Command11, 1, 2, 1, 2);
     return frame;
 }
 

@@ -23,8 +23,9 @@ namespace {
 // Light red of the off-line state; going on line turns the field light green.
 const QColor kOffLineColour(0xFF, 0xC0, 0xC0);
 
-// Room for the longest status texts and a few echoed request frames without pushing the tabs.
-constexpr int kFrameEchoLines = 3;
+// Room for a few echoed request frames without pushing the tabs. The extra half line keeps the
+// last one whole, whatever leading the font adds.
+constexpr double kFrameEchoLines = 3.5;
 
 } // namespace
 
@@ -88,8 +89,9 @@ QWidget* MainForm::BuildStatusArea()
 {
     Text6 = TextReadout(QStringLiteral("Text6"), QStringLiteral("Communication status"));
     Text12 = NoteBox(QStringLiteral("Text12"), QStringLiteral("Request frames sent to the meter"));
-    Text12->setFixedHeight(Text12->fontMetrics().lineSpacing() * kFrameEchoLines + 2 * Text12->frameWidth()
-                           + qCeil(2 * Text12->document()->documentMargin()));
+    Text12->setFixedHeight(qCeil(Text12->fontMetrics().lineSpacing() * kFrameEchoLines
+                                 + 2 * Text12->document()->documentMargin())
+                           + 2 * Text12->frameWidth());
     chk_ShowFrames = CheckBox(QStringLiteral("chk_ShowFrames"), QStringLiteral("Show request frames"),
                               QStringLiteral("Show the request frames sent to the meter"));
 

@@ -1,0 +1,306 @@
+// The window as the tool starts: every control under its name, the choice lists with their
+// entries and starting selections, made in the order the connection code relies on, and the
+// off-line state of the meter buttons.
+
+#include "ui/Legends.h"
+#include "ui/MainForm.h"
+
+#include <QComboBox>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QRegularExpression>
+#include <QTabWidget>
+#include <QtTest>
+
+namespace {
+
+QStringList Range(int first, int last)
+{
+    QStringList texts;
+    for (int n = first; n <= last; ++n)
+        texts << QString::number(n);
+    return texts;
+}
+
+QString Element(const QString& array, int index)
+{
+    return QStringLiteral("%1(%2)").arg(array).arg(index);
+}
+
+struct ArrayNames {
+    const char* name;
+    int first;
+    int last;
+};
+
+const QList<ArrayNames> kArrays{
+    {"txt_V_N", 0, 3}, {"txt_V_B", 0, 3}, {"txt_I_Result", 3, 6}, {"txt_W_Result", 3, 6},
+    {"txt_Var_Result", 3, 6}, {"txt_VA_Result", 3, 6}, {"txt_PF_Result", 3, 6}, {"txt_V_Angle", 0, 2},
+    {"txt_I_Angle", 0, 2}, {"txt_kWh", 0, 19}, {"Combo_G1_Setting", 0, 13}, {"Combo_G2_Setting", 0, 9},
+    {"Text_LP_Data_Counter", 0, 1}, {"Text_LP_interval", 0, 1}, {"Text_Valid_int_num", 0, 1},
+    {"Text_Max_int_num", 0, 1}, {"Text_LP_G1_Data", 0, 11}, {"Text_LP_G2_Data", 0, 7},
+};
+
+const QStringList kSingleControls{
+    "Combo_CommPort", "Combo_BaudRate_Sel", "Combo_StopBit", "Combo_Modbus_add_sel", "On_Line", "txt_Online",
+    "Text6", "Text12", "chk_ShowFrames", "txtFrequency", "txt_PTRatio", "txtPTRatio2", "txt_CTRatio", "Text5",
+    "Text3", "txt_Wiring", "txt_Phasor", "Combo_Modbus_add", "cmd_Test_Modbus", "Combo_Modbus_BaudRate",
+    "Cmd_Modbus_BaudRate", "Combo_SetStopBit", "Comm_Change_StopBit", "Combo_SetWiring", "Comm_ChangeWiring",
+    "Combo_PT_Ratio", "Cmd_PT_Ratio", "txtPT1", "txtPT2", "Comm_change_VT", "Combo_CT_Ratio", "Cmd_CT_Ratio",
+    "Comm_SetTime", "Command1", "Cmd_Dis_MFGSerial", "Combo_Display_Ser_sel", "Combo_Display_Item_sel",
+    "Command5", "Combo1", "Command6", "cmdDisplayindex", "txtDisplayIndex", "txt_Display_Item",
+    "Comm_LP_G1_Set", "Comm_Clr_G1_Data", "Comm_LP_G2_Set", "Comm_Clr_G2_Data", "txtLPindex", "cmdLPindexon",
+    "Combo_LP_Read_Group_Sel", "Combo_LP_Start_No", "Combo_LP_Stop_No", "Command8",
+    "Combo_LP_Read_Group_Sel1", "Combo4", "Command7", "Command11",
+};
+
+// Enabled only while on line.
+const QStringList kMeterControls{
+    "cmd_Test_Modbus", "Cmd_Modbus_BaudRate", "Cmd_PT_Ratio", "Cmd_CT_Ratio", "Command5", "Command6",
+    "Comm_SetTime", "Cmd_Dis_MFGSerial", "Command8", "Command7", "Comm_LP_G1_Set", "Comm_LP_G2_Set",
+    "Comm_Clr_G1_Data", "Comm_Clr_G2_Data", "Combo_LP_Read_Group_Sel1", "Command1", "Combo4",
+    "Comm_Change_StopBit", "Comm_ChangeWiring", "Comm_change_VT",
+};
+
+const QList<int> kGroup1Codes{1, 2, 3, 4, 5, 7, 9, 11, 6, 8, 10, 12};
+const QList<int> kGroup2Codes{6, 12, 13, 14, 1, 2, 3, 4};
+
+} // namespace
+
+class MainFormStartTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void titleAndTabs()
+    {
+        MainForm form;
+        QCOMPARE(form.windowTitle(), QStringLiteral("Norvale QX-5820 setting V1.0"));
+        const auto* tabs = form.findChild<QTabWidget*>();
+        QVERIFY(tabs);
+        QCOMPARE(tabs->count(), 3);
+        QCOMPARE(tabs->tabText(0), QStringLiteral("Real time Data"));
+        QCOMPARE(tabs->tabText(1), QStringLiteral("Meter Settig"));
+        QCOMPARE(tabs->tabText(2), QStringLiteral("Load Profile"));
+    }
+
+    // Each name is found exactly once, carries an accessible name, and the arrays hold no
+    // elements beyond the listed ones.
+    void everyNamedControlExists()
+    {
+        MainForm form;
+        QStringList names = kSingleControls;
+        for (const ArrayNames& array : kArrays) {
+            for (int i = array.first; i <= array.last; ++i)
+                names << Element(array.name, i);
+            const QRegularExpression anyElement(QStringLiteral("^%1\\(\\d+\\)$").arg(array.name));
+            QCOMPARE(form.findChildren<QWidget*>(anyElement).size(), array.last - array.first + 1);
+        }
+        for (const QString& name : names) {
+            const auto found = form.findChildren<QWidget*>(name);
+            QVERIFY2(found.size() == 1, qPrintable(name));
+            QVERIFY2(!found.first()->accessibleName().isEmpty(), qPrintable(name));
+        }
+    }
+
+    void arrayElementsAreReachableByIndex()
+    {
+        MainForm form;
+        QCOMPARE(form.txt_I_Result(3), form.findChild<QLineEdit*>("txt_I_Result(3)"));
+        QCOMPARE(form.Combo_G1_Setting(13), form.findChild<QComboBox*>("Combo_G1_Setting(13)"));
+        QVERIFY(!form.txt_I_Result.contains(2));
+        QCOMPARE(form.txt_V_Angle.indices(), (QList<int>{0, 1, 2}));
+    }
+
+    // Energy element 5 + 5t + k is phase t of quantity k; element k is the quantity's total.
+    void energyFieldsFollowTheMeterLayout()
+    {
+        MainForm form;
+        const QStringList quantities{"delivered", "received", "lagging", "leading", "Apparent"};
+        const QStringList columns{"total", "L1", "L2", "L3"};
+        for (int column = 0; column < columns.size(); ++column) {
+            for (int k = 0; k < quantities.size(); ++k) {
+                const QString spoken = form.txt_kWh(5 * column + k)->accessibleName();
+                QVERIFY2(spoken.contains(quantities[k]) && spoken.contains(columns[column], Qt::CaseInsensitive),
+                         qPrintable(spoken));
+            }
+        }
+    }
+
+    void startsOffLine()
+    {
+        MainForm form;
+        form.Form_Load();
+        for (const QString& name : kMeterControls)
+            QVERIFY2(!form.findChild<QWidget*>(name)->isEnabled(), qPrintable(name));
+        QVERIFY(form.Command11->isEnabled());
+        QVERIFY(form.On_Line->isEnabled());
+        QCOMPARE(form.On_Line->text(), QStringLiteral("On Line"));
+        QCOMPARE(form.txt_Online->text(), QStringLiteral("Off Line"));
+        QCOMPARE(form.txt_Online->palette().color(QPalette::Base), QColor(0xFF, 0xC0, 0xC0));
+        QCOMPARE(form.Text_Max_int_num(0)->text(), QStringLiteral("100"));
+        QCOMPARE(form.Text_Max_int_num(1)->text(), QStringLiteral("100"));
+    }
+
+    void startUpList_data()
+    {
+        QTest::addColumn<QString>("list");
+        QTest::addColumn<QStringList>("entries");
+        QTest::addColumn<int>("index");
+
+        const QStringList baudRates{"9600", "19200"};
+        const QStringList oneTwo{"1", "2"};
+        const QStringList intervals{"1", "5", "10", "15", "30", "60"};
+        auto row = [](const QString& list, const QStringList& entries, int index) {
+            QTest::newRow(qPrintable(list)) << list << entries << index;
+        };
+        row("Combo_Modbus_BaudRate", baudRates, 1);
+        row("Combo_Modbus_add", Range(1, 247), 14);
+        row("Combo_Modbus_add_sel", Range(1, 247), 14);
+        row("Combo_BaudRate_Sel", baudRates, 1);
+        row("Combo_G1_Setting(0)", Range(1, 12), 7);
+        row("Combo_G1_Setting(1)", intervals, 3);
+        for (int k = 0; k < kGroup1Codes.size(); ++k)
+            row(Element("Combo_G1_Setting", 2 + k), Range(1, 14), kGroup1Codes[k] - 1);
+        row("Combo_G2_Setting(0)", Range(1, 8), 3);
+        row("Combo_G2_Setting(1)", intervals, 3);
+        for (int k = 0; k < kGroup2Codes.size(); ++k)
+            row(Element("Combo_G2_Setting", 2 + k), Range(1, 14), kGroup2Codes[k] - 1);
+        row("Combo_LP_Read_Group_Sel", oneTwo, 0);
+        row("Combo_Display_Ser_sel", Range(1, 50), 0);
+        row("Combo_Display_Item_sel", Range(0, 10) + QStringList{"12"} + Range(101, 140), 1);
+        row("Combo1", Range(3, 15), 0);
+        row("Combo_PT_Ratio", {"1", "2", "5", "10"}, 0);
+        row("Combo_CT_Ratio", {"1", "2", "100", "200"}, 0);
+        row("Combo_LP_Start_No", {"1"}, 0);
+        row("Combo_LP_Stop_No", {"1"}, 0);
+        row("Combo_LP_Read_Group_Sel1", oneTwo, 0);
+        row("Combo4", Range(1, 4), 0);
+        row("Combo_SetStopBit", oneTwo, 0);
+        row("Combo_StopBit", oneTwo, 0);
+        row("Combo_SetWiring", {"Auto", "1P2W", "1P3W", "3P3W 2CT", "3P3W 3CT", "3P4W"}, 0);
+    }
+
+    void startUpList()
+    {
+        QFETCH(QString, list);
+        QFETCH(QStringList, entries);
+        QFETCH(int, index);
+        MainForm form;
+        form.Form_Load();
+        const auto* combo = form.findChild<QComboBox*>(list);
+        QVERIFY(combo);
+        QStringList actual;
+        for (int i = 0; i < combo->count(); ++i)
+            actual << combo->itemText(i);
+        QCOMPARE(actual, entries);
+        QCOMPARE(combo->currentIndex(), index);
+        QCOMPARE(combo->currentText(), entries[index]);
+    }
+
+    // Numbered ports keep their numbers; found ports and the simulated meter follow them.
+    void portListStartsAtPort3()
+    {
+        MainForm form;
+        form.Form_Load();
+        QVERIFY(form.Combo_CommPort->count() >= 16);
+        for (int n = 1; n <= 15; ++n)
+            QCOMPARE(form.Combo_CommPort->itemText(n - 1), QString::number(n));
+        QCOMPARE(form.Combo_CommPort->itemText(form.Combo_CommPort->count() - 1), QStringLiteral("Simulated meter"));
+        QCOMPARE(form.Combo_CommPort->currentIndex(), 2);
+    }
+
+    // Handlers connected before Form_Load see one selection per list, on the complete list,
+    // in the start-up order; the PC port's settings string is therefore built first without
+    // a stop bit and then completed by the stop-bit list.
+    void selectionsRunHandlersInStartUpOrder()
+    {
+        MainForm form;
+        QStringList selected;
+        QStringList settings;
+        QHash<QString, int> countAtSelection;
+        for (QComboBox* list : form.findChildren<QComboBox*>()) {
+            connect(list, &QComboBox::currentIndexChanged, this, [&, list] {
+                selected << list->objectName();
+                countAtSelection.insert(list->objectName(), list->count());
+            });
+        }
+        for (QComboBox* list : {form.Combo_BaudRate_Sel, form.Combo_StopBit}) {
+            connect(list, &QComboBox::currentIndexChanged, this, [&] {
+                settings << form.Combo_BaudRate_Sel->currentText() + ",n,8," + form.Combo_StopBit->currentText();
+            });
+        }
+        QString addressAtSelection;
+        connect(form.Combo_Modbus_add_sel, &QComboBox::currentIndexChanged, this,
+                [&] { addressAtSelection = form.Combo_Modbus_add_sel->currentText(); });
+
+        form.Form_Load();
+
+        QStringList expected{"Combo_Modbus_BaudRate", "Combo_CommPort", "Combo_Modbus_add", "Combo_Modbus_add_sel",
+                             "Combo_BaudRate_Sel"};
+        for (int i = 0; i <= 13; ++i)
+            expected << Element("Combo_G1_Setting", i);
+        for (int i = 0; i <= 9; ++i)
+            expected << Element("Combo_G2_Setting", i);
+        expected << "Combo_LP_Read_Group_Sel" << "Combo_Display_Ser_sel" << "Combo_Display_Item_sel" << "Combo1"
+                 << "Combo_PT_Ratio" << "Combo_CT_Ratio" << "Combo4" << "Combo_LP_Read_Group_Sel1"
+                 << "Combo_LP_Start_No" << "Combo_LP_Stop_No" << "Combo_SetStopBit" << "Combo_StopBit"
+                 << "Combo_SetWiring";
+        QCOMPARE(selected, expected);
+        for (QComboBox* list : form.findChildren<QComboBox*>())
+            QCOMPARE(countAtSelection.value(list->objectName()), list->count());
+        QCOMPARE(settings, (QStringList{"19200,n,8,", "19200,n,8,1"}));
+        QCOMPARE(addressAtSelection, QStringLiteral("15"));
+    }
+
+    // A typed value stays as typed: not completed from the entries, not added as an entry.
+    void typedListsKeepTheOperatorsText()
+    {
+        MainForm form;
+        form.Form_Load();
+        for (QComboBox* list : {form.Combo_Modbus_add, form.Combo_Modbus_add_sel, form.Combo_PT_Ratio,
+                                form.Combo_CT_Ratio, form.Combo_LP_Start_No, form.Combo_LP_Stop_No})
+            QVERIFY2(list->isEditable(), qPrintable(list->objectName()));
+        // Completion only acts in the focused field of an active window.
+        form.tabs->setCurrentIndex(1);
+        form.show();
+        QVERIFY(QTest::qWaitForWindowActive(&form));
+        form.Combo_CT_Ratio->setFocus();
+        QLineEdit* typing = form.Combo_CT_Ratio->lineEdit();
+        typing->clear();
+        QTest::keyClicks(typing, "10");
+        QTest::keyClick(typing, Qt::Key_Return);
+        QCOMPARE(form.Combo_CT_Ratio->currentText(), QStringLiteral("10"));
+        QCOMPARE(form.Combo_CT_Ratio->count(), 4);
+    }
+
+    void legends()
+    {
+        const QString channels = QStringLiteral(
+            "1 : Vln_avg(point)\r\n2 : I_avg(point)\r\n3 : kW_avg(interval)\r\n4 : kVar_avg(interval)\r\n"
+            "5 : kVA_avg(interval)\r\n6 : PF_avg\r\n7 : kWh+(total)\r\n8 : kWh-(total)\r\n9 : kvarh+(total)\r\n"
+            "10 : kvarh-(total)\r\n11 : kVAh(total)\r\n12 : kWh(interval)\r\n13 : kvarh(interval)\r\n"
+            "14 : kVAh(interval)\r\n");
+        QCOMPARE(LpChannelLegend(), channels);
+
+        // Codes 1 to 10, 12 and 101 to 139, one CR LF line each; 12 keeps its shortened name.
+        const QString items = DisplayItemLegend();
+        QVERIFY(items.endsWith("\r\n"));
+        const QStringList lines = items.chopped(2).split("\r\n");
+        QStringList codes;
+        for (const QString& line : lines)
+            codes << line.section(" : ", 0, 0);
+        QCOMPARE(codes, Range(1, 10) + QStringList{"12"} + Range(101, 139));
+        QVERIFY(lines.contains("12 : Modbus Stop Bi"));
+        QCOMPARE(lines.first(), QStringLiteral("1 : Meter ID 1"));
+        QCOMPARE(lines.last(), QStringLiteral("139 : kVAh"));
+
+        MainForm form;
+        form.Form_Load();
+        QCOMPARE(form.txtLPindex->toPlainText(), QString(channels).remove('\r'));
+        QCOMPARE(form.txtDisplayIndex->toPlainText(), QString(items).remove('\r'));
+    }
+};
+
+QTEST_MAIN(MainFormStartTest)
+#include "MainFormStartTest.moc"
