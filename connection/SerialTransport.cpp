@@ -36,6 +36,7 @@ void SerialTransport::send(const QByteArray& frame)
 bool SerialTransport::open(const QString& device, const LineSettings& settings, QString* error)
 {
     close();
+    m_device = device;
     m_port.setPortName(device);
     if (!m_port.open(QIODevice::ReadWrite)) {
         *error = m_port.errorString();

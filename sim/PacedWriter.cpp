@@ -3,6 +3,16 @@
 #include <unistd.h>
 
 namespace sim {
+namespace {
+
+// A line that nobody reads fills up; like bytes sent down a cable with no far end, what
+// does not fit is lost.
+void putOnLine(int fd, const QByteArray& bytes)
+{
+    [[maybe_unused]] const ssize_t taken = ::write(fd, bytes.constData(), size_t(bytes.size()));
+}
+
+} // namespace
 
 PacedWriter::PacedWriter(QObject* parent) : QObject(parent), m_timer(this)
 {
@@ -32,18 +42,14 @@ void PacedWriter::writeDue()
         chunk.append(m_queue.front().byte);
         m_queue.pop_front();
     }
-    // A line with nobody listening fills up; like a cable with no far end, the bytes that
-    // do not fit are lost.
-    if (!chunk.isEmpty() && ::write(m_fd, chunk.constData(), size_t(chunk.size())) < 0) {
-        // Nothing to recover: the reply is gone, as on a broken line.
-    }
-    if (m_queue.empty()) {
-        if (!chunk.isEmpty())
-            emit finished(now);
-        return;
-    }
-    const auto wait = std::chrono::ceil<std::chrono::milliseconds>(m_queue.front().due - now);
-    m_timer.start(wait);
+    // Reported before the last bytes leave, so that whoever receives them finds the reply
+    // already counted.
+    if (m_queue.empty() && !chunk.isEmpty())
+        emit finished(now);
+    if (!chunk.isEmpty())
+        putOnLine(m_fd, chunk);
+    if (!m_queue.empty())
+        m_timer.start(std::chrono::ceil<std::chrono::milliseconds>(m_queue.front().due - now));
 }
 
 } // namespace sim

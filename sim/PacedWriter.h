@@ -31,7 +31,6 @@ public:
     // Sends the segments in turn: the first begins `pauseBefore` after `start`, each later
     // one `pauseBefore` after the previous one's last byte.
     void send(SteadyTime start, const QList<WireSegment>& segments, std::chrono::nanoseconds characterTime);
-    bool busy() const { return !m_queue.empty(); }
 
 signals:
     void finished(SteadyTime lastByteAt);

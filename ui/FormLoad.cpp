@@ -2,6 +2,7 @@
 
 #include "connection/PortCatalog.h"
 #include "ui/ChoiceLists.h"
+#include "ui/FormBinding.h"
 #include "ui/Legends.h"
 
 #include <QComboBox>
@@ -34,10 +35,10 @@ QStringList DisplayItemCodes()
     return NumberTexts(0, 10) + QStringList{QStringLiteral("12")} + NumberTexts(101, 140);
 }
 
-QStringList PortLabels()
+QStringList LabelsOf(const QList<PortEntry>& entries)
 {
     QStringList labels;
-    for (const PortEntry& entry : PortCatalog::Scan())
+    for (const PortEntry& entry : entries)
         labels.append(entry.label);
     return labels;
 }
@@ -49,8 +50,10 @@ QStringList PortLabels()
 // the port settings afterwards.
 void MainForm::Form_Load()
 {
+    m_binding->StopTimers();
     FillAndSelect(Combo_Modbus_BaudRate, kBaudRates, 1);
-    FillAndSelect(Combo_CommPort, PortLabels(), kDefaultPortIndex);
+    PortEntries = PortCatalog::Scan();
+    FillAndSelect(Combo_CommPort, LabelsOf(PortEntries), kDefaultPortIndex);
 
     const QStringList addresses = NumberTexts(1, 247);
     AddEntries(Combo_Modbus_add, addresses);
@@ -90,4 +93,9 @@ void MainForm::Form_Load()
 
     ShowCrLfText(txtLPindex, LpChannelLegend());
     ShowCrLfText(txtDisplayIndex, DisplayItemLegend());
+}
+
+void MainForm::ChooseSimulatedMeter()
+{
+    Combo_CommPort->setCurrentIndex(Combo_CommPort->count() - 1);
 }

@@ -1,8 +1,10 @@
 #include "ui/MainForm.h"
 
 #include "ui/ControlFactory.h"
+#include "ui/FormBinding.h"
 
 #include <QCheckBox>
+#include <QCloseEvent>
 #include <QComboBox>
 #include <QGridLayout>
 #include <QGroupBox>
@@ -48,6 +50,15 @@ MainForm::MainForm(QWidget* parent) : QMainWindow(parent)
     layout->addWidget(BuildStatusArea());
     setCentralWidget(central);
     resize(1280, 800);
+    m_binding = std::make_unique<FormBinding>(*this);
+}
+
+MainForm::~MainForm() = default;
+
+void MainForm::closeEvent(QCloseEvent* event)
+{
+    m_binding->Form_Unload();
+    event->accept();
 }
 
 QWidget* MainForm::BuildConnectionFrame()

@@ -1,9 +1,13 @@
 #pragma once
 
+#include "connection/PortCatalog.h"
 #include "ui/ControlArray.h"
 
 #include <QMainWindow>
 
+#include <memory>
+
+class FormBinding;
 class QCheckBox;
 class QComboBox;
 class QLineEdit;
@@ -18,10 +22,19 @@ class MainForm : public QMainWindow {
     Q_OBJECT
 public:
     explicit MainForm(QWidget* parent = nullptr);
+    ~MainForm() override;
 
     // Fills every choice list and selects its starting entry. A selection made here counts as
     // the operator's: handlers connected to currentIndexChanged beforehand run for it.
     void Form_Load();
+    // Chooses the simulated meter as the port, as if the operator had picked it.
+    void ChooseSimulatedMeter();
+
+    // What the window's controls are bound to: the connection, the poll cycle and the rest.
+    FormBinding& binding() { return *m_binding; }
+
+    // The entries behind Combo_CommPort, in list order.
+    QList<PortEntry> PortEntries;
 
     // Connection frame, above the tabs.
     QComboBox* Combo_CommPort = nullptr;
@@ -114,7 +127,12 @@ public:
     QPushButton* Command7 = nullptr;
     QPushButton* Command11 = nullptr;
 
+protected:
+    void closeEvent(QCloseEvent* event) override;
+
 private:
+    std::unique_ptr<FormBinding> m_binding;
+
     QWidget* BuildConnectionFrame();
     QWidget* BuildStatusArea();
     QWidget* BuildRealTimeTab();

@@ -1,0 +1,43 @@
+#include "sim/RequestLog.h"
+
+namespace sim {
+
+quint64 RequestLog::append(const QByteArray& frame, SteadyTime receivedAt)
+{
+    QMutexLocker lock(&m_mutex);
+    m_entries.append({m_nextSequence, frame, receivedAt, std::nullopt});
+    return m_nextSequence++;
+}
+
+void RequestLog::noteReplyFinished(quint64 sequence, SteadyTime at)
+{
+    QMutexLocker lock(&m_mutex);
+    ++m_repliesSent;
+    for (auto it = m_entries.rbegin(); it != m_entries.rend(); ++it) {
+        if (it->sequence == sequence) {
+            it->replyFinishedAt = at;
+            return;
+        }
+    }
+}
+
+QList<LoggedRequest> RequestLog::entries() const
+{
+    QMutexLocker lock(&m_mutex);
+    return m_entries;
+}
+
+void RequestLog::clear()
+{
+    QMutexLocker lock(&m_mutex);
+    m_entries.clear();
+    m_repliesSent = 0;
+}
+
+int RequestLog::repliesSent() const
+{
+    QMutexLocker lock(&m_mutex);
+    return m_repliesSent;
+}
+
+} // namespace sim

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "sim/SteadyTime.h"
+
+#include <QByteArray>
+#include <QList>
+#include <QMutex>
+
+#include <optional>
+
+namespace sim {
+
+// A request frame the meter understood (good CRC, at its line speed), whoever it was for.
+struct LoggedRequest {
+    quint64 sequence = 0;
+    QByteArray frame;                          // address to CRC
+    SteadyTime receivedAt;                     // when its first byte arrived
+    std::optional<SteadyTime> replyFinishedAt; // when the meter's last reply byte left
+};
+
+// The requests the meter received, in order, for tests to check the exact wire traffic
+// (and the gaps the master keeps). Written by the meter's thread, read by any.
+class RequestLog {
+public:
+    quint64 append(const QByteArray& frame, SteadyTime receivedAt);
+    void noteReplyFinished(quint64 sequence, SteadyTime at);
+
+    QList<LoggedRequest> entries() const;
+    void clear();
+    // Replies whose last byte has left, spoiled ones included, since the last clear().
+    int repliesSent() const;
+
+private:
+    mutable QMutex m_mutex;
+    QList<LoggedRequest> m_entries;
+    quint64 m_nextSequence = 1;
+    int m_repliesSent = 0;
+};
+
+} // namespace sim

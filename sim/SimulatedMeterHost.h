@@ -1,0 +1,66 @@
+#pragma once
+
+#include "sim/MeterSharedState.h"
+
+#include <QString>
+#include <QThread>
+
+#include <utility>
+
+namespace sim {
+
+class SimulatedMeter;
+
+// Runs a simulated QX-5820 on a thread of its own, as a separate device would be: the tool
+// blocks in nested event loops while it waits for replies, and the meter must go on
+// answering meanwhile. Faults, the request log, pacing and the register model may be used
+// from any thread but the meter's own; start() and stop() belong to the host's owner.
+class SimulatedMeterHost {
+public:
+    explicit SimulatedMeterHost(MeterModel meter = MeterModel());
+    ~SimulatedMeterHost();
+    SimulatedMeterHost(const SimulatedMeterHost&) = delete;
+    SimulatedMeterHost& operator=(const SimulatedMeterHost&) = delete;
+
+    struct Started {
+        QString path;  // the serial device to open, e.g. /dev/pts/5; empty on failure
+        QString error;
+    };
+    // Starts answering on a new pseudo-terminal (a second call while running changes
+    // nothing and gives the same path). The register model keeps its state across restarts.
+    Started start();
+    void stop();
+    bool isRunning() const { return m_meter != nullptr; }
+    QString slavePath() const { return m_path; }
+
+    void injectFault(const Fault& fault, int times = 1) { m_shared.faults.inject(fault, times); }
+    void clearFaults() { m_shared.faults.clear(); }
+
+    QList<LoggedRequest> requestLog() const { return m_shared.log.entries(); }
+    void clearRequestLog() { m_shared.log.clear(); }
+    int repliesSent() const { return m_shared.log.repliesSent(); }
+
+    void setPacing(bool on) { m_shared.pacing = on; }
+    void setTurnaround(int ms) { m_shared.turnaroundMs = ms; }
+
+    // Anything else on the register model (clock, a whole new meter), under its lock.
+    template <class Function>
+    auto withModel(Function&& function)
+    {
+        return m_shared.model.with(std::forward<Function>(function));
+    }
+
+    quint16 holding(quint16 reg) { return withModel([&](MeterModel& m) { return m.holding(reg); }); }
+    quint16 input(quint16 reg) { return withModel([&](MeterModel& m) { return m.input(reg); }); }
+    void setHolding(quint16 reg, quint16 value) { withModel([&](MeterModel& m) { m.setHolding(reg, value); }); }
+    void setInput(quint16 reg, quint16 value) { withModel([&](MeterModel& m) { m.setInput(reg, value); }); }
+    void setIdentification(const QByteArray& text) { withModel([&](MeterModel& m) { m.setIdentification(text); }); }
+
+private:
+    MeterSharedState m_shared;
+    QThread m_thread;
+    SimulatedMeter* m_meter = nullptr;
+    QString m_path;
+};
+
+} // namespace sim

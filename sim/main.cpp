@@ -1,0 +1,90 @@
+// qx5820-sim: a simulated QX-5820 meter on a pseudo-terminal. Prints the device to open as
+// its first line, then answers Modbus RTU requests until SIGINT or SIGTERM.
+
+#include "sim/MeterRegisters.h"
+#include "sim/SimulatedMeterHost.h"
+#include "sim/TerminationSignals.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QTextStream>
+
+#include <optional>
+
+namespace {
+
+struct Options {
+    quint16 address = 15;
+    quint64 seed = 1;
+    bool pacing = true;
+    int turnaroundMs = 3;
+};
+
+// The options, or the reason they cannot be used.
+std::optional<Options> parse(const QCoreApplication& app, QString& error)
+{
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QStringLiteral(
+        "Simulated QX-5820 three-phase meter: a Modbus RTU slave on a pseudo-terminal.\n"
+        "Prints the device path on its first line and runs until interrupted."));
+    parser.addHelpOption();
+    const QCommandLineOption address(QStringLiteral("address"), QStringLiteral("Slave address (1-247)."), QStringLiteral("N"), QStringLiteral("15"));
+    const QCommandLineOption seed(QStringLiteral("seed"), QStringLiteral("Seed of the simulated load."), QStringLiteral("N"), QStringLiteral("1"));
+    const QCommandLineOption noPacing(QStringLiteral("no-pacing"), QStringLiteral("Answer without line timing, at any line speed."));
+    const QCommandLineOption turnaround(QStringLiteral("turnaround"), QStringLiteral("Turnaround before each reply."), QStringLiteral("MS"), QStringLiteral("3"));
+    parser.addOptions({address, seed, noPacing, turnaround});
+    parser.process(app);
+
+    Options options;
+    bool ok = true;
+    const uint addressValue = parser.value(address).toUInt(&ok);
+    if (!ok || addressValue < 1 || addressValue > 247) {
+        error = QStringLiteral("--address must be 1 to 247");
+        return std::nullopt;
+    }
+    options.address = static_cast<quint16>(addressValue);
+    options.seed = parser.value(seed).toULongLong(&ok);
+    if (!ok) {
+        error = QStringLiteral("--seed must be a whole number");
+        return std::nullopt;
+    }
+    options.turnaroundMs = parser.value(turnaround).toInt(&ok);
+    if (!ok || options.turnaroundMs < 0) {
+        error = QStringLiteral("--turnaround must be 0 or more milliseconds");
+        return std::nullopt;
+    }
+    options.pacing = !parser.isSet(noPacing);
+    return options;
+}
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    sim::TerminationSignals::block();
+    QCoreApplication app(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("qx5820-sim"));
+    QTextStream err(stderr);
+
+    QString error;
+    const std::optional<Options> options = parse(app, error);
+    if (!options) {
+        err << error << Qt::endl;
+        return 2;
+    }
+
+    sim::SimulatedMeterHost host(sim::MeterModel(options->seed));
+    host.setHolding(sim::Reg::kSlaveAddress, options->address);
+    host.setPacing(options->pacing);
+    host.setTurnaround(options->turnaroundMs);
+    const sim::SimulatedMeterHost::Started started = host.start();
+    if (started.path.isEmpty()) {
+        err << "cannot open a pseudo-terminal: " << started.error << Qt::endl;
+        return 1;
+    }
+    QTextStream(stdout) << started.path << Qt::endl;
+
+    sim::TerminationSignals termination;
+    QObject::connect(&termination, &sim::TerminationSignals::received, &app, &QCoreApplication::quit);
+    return app.exec();
+}

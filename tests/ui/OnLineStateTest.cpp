@@ -1,0 +1,158 @@
+// The window going on line and off line: what start-up selected, the faces of both states,
+// the controls that follow them, port errors, and closing the window while the line is busy.
+#include "ui/FormBinding.h"
+#include "ui/MainForm.h"
+
+#include <QApplication>
+#include <QComboBox>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QtTest>
+
+#include <fcntl.h>
+#include <termios.h>
+#include <unistd.h>
+
+namespace {
+
+const char* const kMeterControls[] = {
+    "cmd_Test_Modbus", "Cmd_Modbus_BaudRate", "Cmd_PT_Ratio", "Cmd_CT_Ratio", "Command5", "Command6",
+    "Comm_SetTime", "Cmd_Dis_MFGSerial", "Command8", "Command7", "Comm_LP_G1_Set", "Comm_LP_G2_Set",
+    "Comm_Clr_G1_Data", "Comm_Clr_G2_Data", "Combo_LP_Read_Group_Sel1", "Command1", "Combo4",
+    "Comm_Change_StopBit", "Comm_ChangeWiring", "Comm_change_VT",
+};
+
+bool TwoStopBitsOn(const QString& device)
+{
+    const int fd = ::open(device.toLocal8Bit().constData(), O_RDWR | O_NOCTTY | O_NONBLOCK);
+    termios line{};
+    const bool ok = fd >= 0 && ::tcgetattr(fd, &line) == 0;
+    if (fd >= 0)
+        ::close(fd);
+    return ok && (line.c_cflag & CSTOPB);
+}
+
+} // namespace
+
+class OnLineStateTest : public QObject {
+    Q_OBJECT
+private slots:
+    void init()
+    {
+        m_form = std::make_unique<MainForm>();
+        m_form->Form_Load();
+        m_errors.clear();
+    }
+    void cleanup() { m_form.reset(); }
+
+    void startUpSelectionsReachTheConnection()
+    {
+        const Connection& connection = m_form->binding().connection;
+        QCOMPARE(connection.PortNumber(), 3);
+        QCOMPARE(connection.Settings(), QStringLiteral("19200,n,8,1"));
+        QCOMPARE(connection.link.ModbusAddress, qint16(15));
+        QVERIFY(!connection.Timer1Sec.isActive());
+        QVERIFY(!m_form->binding().download.Timer_RS_Lpf.isActive());
+    }
+
+    void onLineAndOffLineFaces()
+    {
+        MainForm& f = *m_form;
+        f.ChooseSimulatedMeter();
+        f.On_Line->click();
+        QVERIFY(f.binding().connection.bOnLine.isTrue());
+        QCOMPARE(f.On_Line->text(), QStringLiteral("OFF Line"));
+        QCOMPARE(f.txt_Online->text(), QStringLiteral("On Line"));
+        QCOMPARE(f.txt_Online->palette().color(QPalette::Base), QColor(0x80, 0xFF, 0x80));
+        QVERIFY(!f.Combo_CommPort->isEnabled());
+        QVERIFY(!f.Combo_BaudRate_Sel->isEnabled());
+        QVERIFY(f.Combo_StopBit->isEnabled());
+        QVERIFY(f.Combo_Modbus_add_sel->isEnabled());
+        for (const char* name : kMeterControls)
+            QVERIFY2(f.findChild<QWidget*>(QLatin1String(name))->isEnabled(), name);
+        QVERIFY(f.Command11->isEnabled()); // its start-up state, until the first change to off line
+
+        f.On_Line->click();
+        QVERIFY(!f.binding().connection.bOnLine.isTrue());
+        QCOMPARE(f.On_Line->text(), QStringLiteral("On Line"));
+        QCOMPARE(f.txt_Online->text(), QStringLiteral("Off Line"));
+        QCOMPARE(f.txt_Online->palette().color(QPalette::Base), QColor(0xFF, 0xC0, 0xC0));
+        QVERIFY(f.Combo_CommPort->isEnabled());
+        for (const char* name : kMeterControls)
+            QVERIFY2(!f.findChild<QWidget*>(QLatin1String(name))->isEnabled(), name);
+        QVERIFY(!f.Command11->isEnabled());
+
+        f.On_Line->click();
+        QVERIFY(f.binding().connection.bOnLine.isTrue());
+        QVERIFY(!f.Command11->isEnabled()); // nothing enables it again
+    }
+
+    void aStopBitPickedOnLineReachesThePortAtOnce()
+    {
+        m_form->ChooseSimulatedMeter();
+        m_form->On_Line->click();
+        const QString device = m_form->binding().connection.port.Device();
+        QVERIFY(!TwoStopBitsOn(device));
+        m_form->Combo_StopBit->setCurrentIndex(1);
+        QCOMPARE(m_form->binding().connection.Settings(), QStringLiteral("19200,n,8,2"));
+        QVERIFY(TwoStopBitsOn(device));
+        QVERIFY(m_form->binding().connection.bOnLine.isTrue());
+    }
+
+    void aPortThatCannotOpenIsReported()
+    {
+        m_form->Combo_CommPort->setCurrentIndex(14); // port 15: no such device here
+        answerMessageBoxes();
+        m_form->On_Line->click();
+        QCOMPARE(m_errors, QStringList{QStringLiteral("Error: Comm Port Error！")});
+        QVERIFY(!m_form->binding().connection.bOnLine.isTrue());
+        QVERIFY(!m_form->Command11->isEnabled()); // the error takes the off-line path too
+    }
+
+    void anEmptyAddressIsRefused()
+    {
+        m_form->Combo_Modbus_add_sel->setEditText(QString());
+        answerMessageBoxes();
+        m_form->On_Line->click();
+        QCOMPARE(m_errors, QStringList{QStringLiteral("Error: No Address！")});
+        QVERIFY(!m_form->binding().connection.bOnLine.isTrue());
+    }
+
+    void closingWhileATickWaitsEndsEverything()
+    {
+        MainForm& f = *m_form;
+        f.ChooseSimulatedMeter();
+        f.show();
+        f.On_Line->click();
+        bool tickReturned = false;
+        QTimer::singleShot(30, &f, [&f] { f.close(); });
+        f.binding().poll.Timer1Sec_Timer();
+        tickReturned = true;
+        QVERIFY(tickReturned);
+        QVERIFY(!f.binding().connection.bOnLine.isTrue());
+        QVERIFY(!f.binding().connection.Timer1Sec.isActive());
+        QVERIFY(!f.isVisible());
+    }
+
+private:
+    // Answers the next modal message box with its default button and notes "title: text".
+    void answerMessageBoxes()
+    {
+        QTimer::singleShot(10, this, [this] {
+            auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+            if (box == nullptr) {
+                answerMessageBoxes();
+                return;
+            }
+            m_errors.append(box->windowTitle() + QStringLiteral(": ") + box->text());
+            box->accept();
+        });
+    }
+
+    std::unique_ptr<MainForm> m_form;
+    QStringList m_errors;
+};
+
+QTEST_MAIN(OnLineStateTest)
+#include "OnLineStateTest.moc"

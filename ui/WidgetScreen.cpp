@@ -1,0 +1,43 @@
+#include "ui/WidgetScreen.h"
+
+#include <QComboBox>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+
+QWidget* WidgetScreen::Find(const QString& control) const
+{
+    if (m_widgets.isEmpty()) {
+        for (QWidget* widget : m_window.findChildren<QWidget*>()) {
+            if (!widget->objectName().isEmpty())
+                m_widgets.insert(widget->objectName(), widget);
+        }
+    }
+    QWidget* widget = m_widgets.value(control);
+    Q_ASSERT_X(widget != nullptr, "WidgetScreen", qPrintable(control));
+    return widget;
+}
+
+void WidgetScreen::SetText(const QString& control, const QString& text)
+{
+    QWidget* widget = Find(control);
+    if (auto* line = qobject_cast<QLineEdit*>(widget)) {
+        if (line->text() != text) // unchanged readings cost no repaint
+            line->setText(text);
+    } else if (auto* box = qobject_cast<QPlainTextEdit*>(widget)) {
+        box->setPlainText(QString(text).remove(QLatin1Char('\r')));
+    } else if (auto* list = qobject_cast<QComboBox*>(widget)) {
+        list->setEditText(text);
+    }
+}
+
+QString WidgetScreen::Text(const QString& control) const
+{
+    QWidget* widget = Find(control);
+    if (auto* line = qobject_cast<QLineEdit*>(widget))
+        return line->text();
+    if (auto* box = qobject_cast<QPlainTextEdit*>(widget))
+        return box->toPlainText();
+    if (auto* list = qobject_cast<QComboBox*>(widget))
+        return list->currentText();
+    return QString();
+}
