@@ -7,6 +7,7 @@ Connection::Connection(OperatorPrompts& prompts, QObject* parent)
     : QObject(parent), link(port, bOnLine), m_prompts(prompts)
 {
     Timer1Sec.setInterval(kPollIntervalMs);
+    Timer1Sec.setTimerType(Qt::PreciseTimer);
     connect(&link, &RegisterLink::gaveUp, this, &Connection::GoOffLine);
     connect(&port, &Transport::lost, this, [this] {
         port.close();

@@ -5,7 +5,9 @@
 #include "measure/FloatDecoding.h"
 #include "measure/Screen.h"
 
+#include <QElapsedTimer>
 #include <QScopeGuard>
+#include <QTimer>
 
 namespace {
 
@@ -47,10 +49,23 @@ void PollCycle::SetRoutine(PendingCommands::Flag flag, std::function<void()> rou
 
 void PollCycle::Timer1Sec_Timer()
 {
-    if (m_tickRunning)
+    if (m_tickRunning) {
+        m_tickDue = true;
         return;
+    }
     m_tickRunning = true;
-    const auto done = qScopeGuard([this] { m_tickRunning = false; });
+    QElapsedTimer duration;
+    duration.start();
+    const auto done = qScopeGuard([this, &duration] {
+        m_tickRunning = false;
+        // A tick that outlasted the interval swallowed the timer's expiries meanwhile: start
+        // the next one now rather than at the timer's next expiry, so that the line is not
+        // left idle.
+        const bool overran = duration.elapsed() >= m_connection.Timer1Sec.interval();
+        if ((overran || m_tickDue) && m_connection.Timer1Sec.isActive())
+            QTimer::singleShot(0, this, &PollCycle::Timer1Sec_Timer);
+        m_tickDue = false;
+    });
 
     m_screen.SetText(QStringLiteral("txt_Online"), QStringLiteral("On Line"));
     m_connection.link.ResetRxData();

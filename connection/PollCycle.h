@@ -18,7 +18,8 @@ class PollCycle : public QObject {
 public:
     PollCycle(Connection& connection, Screen& screen, IntervalLists& lists, QObject* parent = nullptr);
 
-    // One tick. Never runs again while a previous tick still waits inside a transaction.
+    // One tick. Never runs again while a previous tick still waits inside a transaction; a
+    // tick that came due meanwhile starts as soon as the running one returns.
     void Timer1Sec_Timer();
     // The routine that sends the command of `flag` when the tick serves it.
     void SetRoutine(PendingCommands::Flag flag, std::function<void()> routine);
@@ -41,4 +42,5 @@ private:
     Connection& m_connection;
     Screen& m_screen;
     bool m_tickRunning = false;
+    bool m_tickDue = false;
 };

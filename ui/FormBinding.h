@@ -30,6 +30,8 @@ public:
     void StopTimers();
     // The window closes: the timers stop and every wait ends, so the program ends at once.
     void Form_Unload();
+    // The simulated meter behind the port list's last entry; null until it was first chosen.
+    sim::SimulatedMeterHost* SimulatedMeter() { return m_simulator.get(); }
 
     MessageBoxPrompts prompts;
     WidgetScreen screen;
