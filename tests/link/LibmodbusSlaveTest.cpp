@@ -2,6 +2,7 @@
 // so agreeing on the wire means the frames, CRC and reply handling are right, not merely
 // consistent with our own simulator.
 #include "PtyPair.h"
+#include "RegisterWords.h"
 #include "connection/LineSettings.h"
 #include "connection/SerialTransport.h"
 #include "link/RegisterLink.h"
@@ -70,11 +71,6 @@ private:
     bool m_ok = false;
 };
 
-quint16 word(const QByteArray& data, int index)
-{
-    return quint16(quint8(data[2 * index]) << 8 | quint8(data[2 * index + 1]));
-}
-
 } // namespace
 
 class LibmodbusSlaveTest : public QObject {
@@ -109,10 +105,10 @@ private slots:
         m_link.ReadRegisters(m_link.ModbusAddress, Rtu::kReadInput, 0x1080, 50);
         QCOMPARE(m_link.bCommOK, kTrue);
         QCOMPARE(m_link.RxData.size(), 300);
-        QCOMPARE(word(m_link.RxData, 0), m_slave->map().tab_registers[0]);
-        QCOMPARE(word(m_link.RxData, 99), m_slave->map().tab_registers[99]);
-        QCOMPARE(word(m_link.RxData, 100), m_slave->map().tab_input_registers[0x80]);
-        QCOMPARE(word(m_link.RxData, 149), m_slave->map().tab_input_registers[0x80 + 49]);
+        QCOMPARE(RegisterWord(m_link.RxData, 0), m_slave->map().tab_registers[0]);
+        QCOMPARE(RegisterWord(m_link.RxData, 99), m_slave->map().tab_registers[99]);
+        QCOMPARE(RegisterWord(m_link.RxData, 100), m_slave->map().tab_input_registers[0x80]);
+        QCOMPARE(RegisterWord(m_link.RxData, 149), m_slave->map().tab_input_registers[0x80 + 49]);
     }
 
     void writesReachTheSlave()

@@ -2,6 +2,7 @@
 // simulated meter: good replies, replies in pieces, bad CRC, wrong address, exceptions,
 // silence, and an address changed while the transaction retries.
 #include "MeterOnLine.h"
+#include "RegisterWords.h"
 #include "link/RtuFrames.h"
 #include "link/Waits.h"
 
@@ -10,15 +11,6 @@
 #include <QTest>
 
 using sim::Fault;
-
-namespace {
-
-quint16 word(const QByteArray& data, int index)
-{
-    return quint16(quint8(data[2 * index]) << 8 | quint8(data[2 * index + 1]));
-}
-
-} // namespace
 
 class TransactionsTest : public QObject {
     Q_OBJECT
@@ -45,7 +37,7 @@ private slots:
         QCOMPARE(link.bCommOK, kTrue);
         QCOMPARE(link.RxData.size(), 300);
         for (int i : {0, 1, 0x21, 0x22, 99, 100, 149})
-            QCOMPARE(word(link.RxData, i), m_on->meter->holding(quint16(0x1000 + i)));
+            QCOMPARE(RegisterWord(link.RxData, i), m_on->meter->holding(quint16(0x1000 + i)));
         QVERIFY(m_status->isEmpty());
     }
 
@@ -54,7 +46,7 @@ private slots:
         m_on->meter->injectFault(Fault::split(4, 40));
         read(0x1080, 8);
         QCOMPARE(m_on->link().bCommOK, kTrue);
-        QCOMPARE(word(m_on->link().RxData, 7), m_on->meter->input(0x1087));
+        QCOMPARE(RegisterWord(m_on->link().RxData, 7), m_on->meter->input(0x1087));
         QCOMPARE(m_on->meter->requestLog().size(), 1);
     }
 
