@@ -9,7 +9,6 @@
 
 #include <modbus.h>
 
-#include <cstring>
 
 namespace {
 
@@ -54,16 +53,6 @@ QByteArray libmodbusFrame(const std::function<void(modbus_t*)>& request)
 class FramesTest : public QObject {
     Q_OBJECT
 private slots:
-    void tablesStartLikeThePublishedOnes()
-    {
-        Crc16 crc;
-        crc.BuildCrcTables();
-        QCOMPARE(QByteArray(reinterpret_cast<const char*>(crc.CrcTableHi.data()), 4), hex("00C18140"));
-        QCOMPARE(QByteArray(reinterpret_cast<const char*>(crc.CrcTableLo.data()), 4), hex("00C0C101"));
-        crc.CrcInit();
-        QCOMPARE(crc.CrcHi, quint8(0xFF));
-        QCOMPARE(crc.CrcLo, quint8(0xFF));
-    }
 
     void publishedVectors_data()
     {
@@ -140,18 +129,6 @@ private slots:
         QFETCH(double, value);
         QFETCH(QByteArray, bytes);
         QCOMPARE(Rtu::SingleToBytes(value), bytes);
-    }
-
-    void singleToBytesAgreesWithTheMachineOnExactValues()
-    {
-        for (const float value : {3.5f, -1234.5f, 50.0f, 230.125f, 0.375f}) {
-            quint32 bits = 0;
-            std::memcpy(&bits, &value, sizeof bits);
-            const QByteArray bytes = Rtu::SingleToBytes(double(value));
-            const quint32 ours = quint32(quint8(bytes[0])) << 24 | quint32(quint8(bytes[1])) << 16
-                | quint32(quint8(bytes[2])) << 8 | quint8(bytes[3]);
-            QCOMPARE(ours, bits);
-        }
     }
 
     void frameEcho() { QCOMPARE(Rtu::FrameEcho(hex("0F0310")), QStringLiteral("15 3 16 \r\n")); }

@@ -65,13 +65,6 @@ private slots:
         QCOMPARE_GE(split.lastMs - split.firstMs, 150);
     }
 
-    void lateReplyStartsLate()
-    {
-        meter->injectFault(Fault::late(300));
-        const Reception late = line->request(kRead, kReplyLength, 2000);
-        QCOMPARE(late.bytes, m_normal);
-        QCOMPARE_GE(late.firstMs, 300);
-    }
 
     void faultsAreUsedInOrderUntilCleared()
     {

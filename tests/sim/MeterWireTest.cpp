@@ -128,36 +128,8 @@ private slots:
         QCOMPARE_GE(reply.lastMs - reply.firstMs, 205 * bitsPerCharacter * 1000 / baud - 10); // paced, not one burst
     }
 
-    void withoutPacingTheLineIsNotTimed()
-    {
-        meter->setPacing(false);
-        line->setBaudRate(9600); // not the meter's speed: understood all the same
-        const Reception reply = line->request(Line::read(15, 4, 0x2000, 125), 255);
-        QCOMPARE(reply.bytes.size(), 255);
-        QCOMPARE_LT(reply.lastMs, (8 + 255) * 10 * 1000 / 9600);
-    }
 
-    void requestLogTimesTheTraffic()
-    {
-        QCOMPARE(line->request(Line::read(15, 3, 0x1000, 100), 205).bytes.size(), 205);
-        QVERIFY(silentAfter(Line::read(16, 3, 0x1000, 1)));
-        const QList<sim::LoggedRequest> log = meter->requestLog();
-        QCOMPARE(log.size(), 2);
-        QVERIFY(log[0].replyFinishedAt && !log[1].replyFinishedAt);
-        QVERIFY(*log[0].replyFinishedAt - log[0].receivedAt >= std::chrono::microseconds(213 * 10 * 1'000'000LL / 19200));
-        QVERIFY(log[1].receivedAt > *log[0].replyFinishedAt);
-        meter->clearRequestLog();
-        QVERIFY(meter->requestLog().isEmpty());
-        QCOMPARE(meter->repliesSent(), 0);
-    }
 
-    void clearCommandsOverTheLine()
-    {
-        QCOMPARE(line->request(Line::writeMultiple(15, 0x1012, {0x55}), 8).bytes.size(), 8);
-        QCOMPARE(Line::words(line->request(Line::read(15, 4, 0x10D4, 30), 65).bytes), QList<quint16>(30, 0));
-        QCOMPARE(line->request(Line::writeMultiple(15, 0x1033, {0x33}), 8).bytes.size(), 8);
-        QCOMPARE(Line::words(line->request(Line::read(15, 4, 0x1190, 2), 9).bytes), (QList<quint16>{0, 960}));
-    }
 };
 
 QTEST_GUILESS_MAIN(MeterWireTest)

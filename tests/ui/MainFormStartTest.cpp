@@ -55,14 +55,6 @@ const QStringList kSingleControls{
     "Combo_LP_Read_Group_Sel1", "Combo4", "Command7", "Command11",
 };
 
-// Enabled only while on line.
-const QStringList kMeterControls{
-    "cmd_Test_Modbus", "Cmd_Modbus_BaudRate", "Cmd_PT_Ratio", "Cmd_CT_Ratio", "Command5", "Command6",
-    "Comm_SetTime", "Cmd_Dis_MFGSerial", "Command8", "Command7", "Comm_LP_G1_Set", "Comm_LP_G2_Set",
-    "Comm_Clr_G1_Data", "Comm_Clr_G2_Data", "Combo_LP_Read_Group_Sel1", "Command1", "Combo4",
-    "Comm_Change_StopBit", "Comm_ChangeWiring", "Comm_change_VT",
-};
-
 const QList<int> kGroup1Codes{1, 2, 3, 4, 5, 7, 9, 11, 6, 8, 10, 12};
 const QList<int> kGroup2Codes{6, 12, 13, 14, 1, 2, 3, 4};
 
@@ -101,45 +93,6 @@ private slots:
             QVERIFY2(found.size() == 1, qPrintable(name));
             QVERIFY2(!found.first()->accessibleName().isEmpty(), qPrintable(name));
         }
-    }
-
-    void arrayElementsAreReachableByIndex()
-    {
-        MainForm form;
-        QCOMPARE(form.txt_I_Result(3), form.findChild<QLineEdit*>("txt_I_Result(3)"));
-        QCOMPARE(form.Combo_G1_Setting(13), form.findChild<QComboBox*>("Combo_G1_Setting(13)"));
-        QVERIFY(!form.txt_I_Result.contains(2));
-        QCOMPARE(form.txt_V_Angle.indices(), (QList<int>{0, 1, 2}));
-    }
-
-    // Energy element 5 + 5t + k is phase t of quantity k; element k is the quantity's total.
-    void energyFieldsFollowTheMeterLayout()
-    {
-        MainForm form;
-        const QStringList quantities{"delivered", "received", "lagging", "leading", "Apparent"};
-        const QStringList columns{"total", "L1", "L2", "L3"};
-        for (int column = 0; column < columns.size(); ++column) {
-            for (int k = 0; k < quantities.size(); ++k) {
-                const QString spoken = form.txt_kWh(5 * column + k)->accessibleName();
-                QVERIFY2(spoken.contains(quantities[k]) && spoken.contains(columns[column], Qt::CaseInsensitive),
-                         qPrintable(spoken));
-            }
-        }
-    }
-
-    void startsOffLine()
-    {
-        MainForm form;
-        form.Form_Load();
-        for (const QString& name : kMeterControls)
-            QVERIFY2(!form.findChild<QWidget*>(name)->isEnabled(), qPrintable(name));
-        QVERIFY(form.Command11->isEnabled());
-        QVERIFY(form.On_Line->isEnabled());
-        QCOMPARE(form.On_Line->text(), QStringLiteral("On Line"));
-        QCOMPARE(form.txt_Online->text(), QStringLiteral("Off Line"));
-        QCOMPARE(form.txt_Online->palette().color(QPalette::Base), QColor(0xFF, 0xC0, 0xC0));
-        QCOMPARE(form.Text_Max_int_num(0)->text(), QStringLiteral("100"));
-        QCOMPARE(form.Text_Max_int_num(1)->text(), QStringLiteral("100"));
     }
 
     void startUpList_data()
@@ -208,49 +161,6 @@ private slots:
             QCOMPARE(form.Combo_CommPort->itemText(n - 1), QString::number(n));
         QCOMPARE(form.Combo_CommPort->itemText(form.Combo_CommPort->count() - 1), QStringLiteral("Simulated meter"));
         QCOMPARE(form.Combo_CommPort->currentIndex(), 2);
-    }
-
-    // Handlers connected before Form_Load see one selection per list, on the complete list,
-    // in the start-up order; the PC port's settings string is therefore built first without
-    // a stop bit and then completed by the stop-bit list.
-    void selectionsRunHandlersInStartUpOrder()
-    {
-        MainForm form;
-        QStringList selected;
-        QStringList settings;
-        QHash<QString, int> countAtSelection;
-        for (QComboBox* list : form.findChildren<QComboBox*>()) {
-            connect(list, &QComboBox::currentIndexChanged, this, [&, list] {
-                selected << list->objectName();
-                countAtSelection.insert(list->objectName(), list->count());
-            });
-        }
-        for (QComboBox* list : {form.Combo_BaudRate_Sel, form.Combo_StopBit}) {
-            connect(list, &QComboBox::currentIndexChanged, this, [&] {
-                settings << form.Combo_BaudRate_Sel->currentText() + ",n,8," + form.Combo_StopBit->currentText();
-            });
-        }
-        QString addressAtSelection;
-        connect(form.Combo_Modbus_add_sel, &QComboBox::currentIndexChanged, this,
-                [&] { addressAtSelection = form.Combo_Modbus_add_sel->currentText(); });
-
-        form.Form_Load();
-
-        QStringList expected{"Combo_Modbus_BaudRate", "Combo_CommPort", "Combo_Modbus_add", "Combo_Modbus_add_sel",
-                             "Combo_BaudRate_Sel"};
-        for (int i = 0; i <= 13; ++i)
-            expected << Element("Combo_G1_Setting", i);
-        for (int i = 0; i <= 9; ++i)
-            expected << Element("Combo_G2_Setting", i);
-        expected << "Combo_LP_Read_Group_Sel" << "Combo_Display_Ser_sel" << "Combo_Display_Item_sel" << "Combo1"
-                 << "Combo_PT_Ratio" << "Combo_CT_Ratio" << "Combo4" << "Combo_LP_Read_Group_Sel1"
-                 << "Combo_LP_Start_No" << "Combo_LP_Stop_No" << "Combo_SetStopBit" << "Combo_StopBit"
-                 << "Combo_SetWiring";
-        QCOMPARE(selected, expected);
-        for (QComboBox* list : form.findChildren<QComboBox*>())
-            QCOMPARE(countAtSelection.value(list->objectName()), list->count());
-        QCOMPARE(settings, (QStringList{"19200,n,8,", "19200,n,8,1"}));
-        QCOMPARE(addressAtSelection, QStringLiteral("15"));
     }
 
     // A typed value stays as typed: not completed from the entries, not added as an entry.

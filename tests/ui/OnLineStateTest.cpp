@@ -59,6 +59,9 @@ private slots:
     void onLineAndOffLineFaces()
     {
         MainForm& f = *m_form;
+        for (const char* name : kMeterControls)
+            QVERIFY2(!f.findChild<QWidget*>(QLatin1String(name))->isEnabled(), name);
+        QCOMPARE(f.Text_Max_int_num(1)->text(), QStringLiteral("100"));
         f.ChooseSimulatedMeter();
         f.On_Line->click();
         QVERIFY(f.binding().connection.bOnLine.isTrue());
@@ -110,14 +113,6 @@ private slots:
         QVERIFY(!m_form->Command11->isEnabled()); // the error takes the off-line path too
     }
 
-    void anEmptyAddressIsRefused()
-    {
-        m_form->Combo_Modbus_add_sel->setEditText(QString());
-        answerMessageBoxes();
-        m_form->On_Line->click();
-        QCOMPARE(m_errors, QStringList{QStringLiteral("Error: No Address！")});
-        QVERIFY(!m_form->binding().connection.bOnLine.isTrue());
-    }
 
     void closingWhileATickWaitsEndsEverything()
     {
