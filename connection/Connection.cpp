@@ -9,9 +9,11 @@ Connection::Connection(OperatorPrompts& prompts, QObject* parent)
     Timer1Sec.setInterval(kPollIntervalMs);
     Timer1Sec.setTimerType(Qt::PreciseTimer);
     connect(&link, &RegisterLink::gaveUp, this, &Connection::GoOffLine);
-    connect(&port, &Transport::lost, this, [this] {
+    connect(&port, &Transport::lost, this, [this](const QString& reason) {
+        // The waits end first, so that nothing stays blocked behind the message.
         port.close();
         OffLineTail();
+        emit portFailed(QStringLiteral("%1: %2").arg(port.Device(), reason));
         m_prompts.Critical(QStringLiteral("Comm Port Error！"));
     });
 }
@@ -21,11 +23,11 @@ void Connection::SetSettings(const QString& settings)
     m_settings = settings;
     if (!port.isOpen())
         return;
-    QString error;
+    QString error = QStringLiteral("settings \"%1\" cannot be applied").arg(settings);
     const auto parsed = LineSettings::Parse(settings);
     if (!parsed || !port.apply(*parsed, &error)) {
         port.close();
-        PortError();
+        PortError(error);
     }
 }
 
@@ -43,7 +45,7 @@ void Connection::On_Line_Click(const QString& addressText)
     bOnLine.set(true);
     QString error;
     if (!OpenPort(&error)) {
-        PortError();
+        PortError(error);
         return;
     }
     port.discardInput();
@@ -62,11 +64,16 @@ bool Connection::OpenPort(QString* error)
 {
     const auto settings = LineSettings::Parse(m_settings);
     if (!settings) {
-        *error = QStringLiteral("bad settings string \"%1\"").arg(m_settings);
+        *error = QStringLiteral("settings \"%1\" cannot be applied").arg(m_settings);
         return false;
     }
     const QString device = DeviceFor(m_portNumber, error);
-    return !device.isEmpty() && port.open(device, *settings, error);
+    if (device.isEmpty())
+        return false;
+    if (port.open(device, *settings, error))
+        return true;
+    *error = QStringLiteral("%1: %2").arg(device, *error);
+    return false;
 }
 
 QString Connection::DeviceFor(int number, QString* error) const
@@ -92,8 +99,9 @@ void Connection::OffLineTail()
     emit onLineChanged(false);
 }
 
-void Connection::PortError()
+void Connection::PortError(const QString& detail)
 {
+    emit portFailed(detail);
     m_prompts.Critical(QStringLiteral("Comm Port Error！"));
     OffLineTail();
 }

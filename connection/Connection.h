@@ -56,12 +56,14 @@ public:
 signals:
     // Emitted after every change of state, also after a failed attempt to go on line.
     void onLineChanged(bool onLine);
+    // Why the port failed, for the status line, before the port error is shown.
+    void portFailed(const QString& detail);
 
 private:
     bool OpenPort(QString* error);
     QString DeviceFor(int number, QString* error) const;
     void OffLineTail();
-    void PortError();
+    void PortError(const QString& detail);
 
     OperatorPrompts& m_prompts;
     QList<PortEntry> m_entries;

@@ -75,6 +75,8 @@ void FormBinding::ConnectStatusArea()
 {
     m_form.Text12->setMaximumBlockCount(kEchoLines);
     connect(&connection.link, &RegisterLink::statusText, m_form.Text6, &QLineEdit::setText);
+    connect(&connection, &Connection::portFailed, this,
+            [this](const QString& detail) { m_form.Text6->setText(QStringLiteral("Comm Port Error: ") + detail); });
     connect(&connection.link, &RegisterLink::requestEcho, this, [this](const QString& echo) {
         m_form.Text12->appendPlainText(echo.trimmed());
     });

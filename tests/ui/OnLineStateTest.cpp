@@ -109,6 +109,8 @@ private slots:
         answerMessageBoxes();
         m_form->On_Line->click();
         QCOMPARE(m_errors, QStringList{QStringLiteral("Error: Comm Port Error！")});
+        QVERIFY2(m_form->Text6->text().startsWith(QStringLiteral("Comm Port Error: /dev/ttyS14: ")),
+                 qPrintable(m_form->Text6->text())); // the status line says which port and why
         QVERIFY(!m_form->binding().connection.bOnLine.isTrue());
         QVERIFY(!m_form->Command11->isEnabled()); // the error takes the off-line path too
     }
