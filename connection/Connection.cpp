@@ -11,8 +11,7 @@ Connection::Connection(OperatorPrompts& prompts, QObject* parent)
     connect(&link, &RegisterLink::gaveUp, this, &Connection::GoOffLine);
     connect(&port, &Transport::lost, this, [this](const QString& reason) {
         // The waits end first, so that nothing stays blocked behind the message.
-        port.close();
-        OffLineTail();
+        GoOffLine();
         emit portFailed(QStringLiteral("%1: %2").arg(port.Device(), reason));
         m_prompts.Critical(QStringLiteral("Comm Port Error！"));
     });
@@ -38,8 +37,7 @@ void Connection::On_Line_Click(const QString& addressText)
         return;
     }
     if (bOnLine.isTrue()) {
-        port.close();
-        OffLineTail();
+        GoOffLine();
         return;
     }
     bOnLine.set(true);

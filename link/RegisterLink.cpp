@@ -63,22 +63,12 @@ void RegisterLink::Transact(const qint16& address, bool isRead)
         emit requestEcho(Rtu::FrameEcho(TxFrame));
 
     for (int attempt = 1; attempt <= kAttempts; ++attempt) {
-        switch (Attempt(address, isRead)) {
-        case Outcome::Good:
+        // A good reply ends the transaction, and so does a closed port or going off line.
+        if (Attempt(address, isRead) != Outcome::Failed) {
             bWaiting = kFalse;
             return;
-        case Outcome::Abandoned:
-            // The port closed or the tool went off line: nothing more can be sent.
-            bWaiting = kFalse;
-            return;
-        case Outcome::Failed:
-            if (!m_line.isOpen()) {
-                bWaiting = kFalse;
-                return;
-            }
-            m_line.discardInput();
-            break;
         }
+        m_line.discardInput();
     }
     emit statusText(QStringLiteral("Communication Error! Retry %1 times!").arg(kAttempts));
     bWaiting = kFalse;
