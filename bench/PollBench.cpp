@@ -19,6 +19,7 @@
 #include <QPushButton>
 #include <QTimer>
 
+#include <algorithm>
 #include <cstdio>
 #include <ctime>
 
@@ -35,20 +36,25 @@ double ThreadCpuSeconds()
     return double(t.tv_sec) + double(t.tv_nsec) / 1e9;
 }
 
-// Runs the event loop until `ticks` more ticks have started on the line.
-void RunTicks(sim::SimulatedMeterHost& meter, int ticks)
+bool StartsATick(const sim::LoggedRequest& request)
 {
-    const auto startsOfTicks = [&meter] {
-        int n = 0;
-        for (const auto& request : meter.requestLog())
-            n += request.frame.mid(1, 3) == QByteArray::fromHex("031000");
-        return n;
-    };
-    const int target = startsOfTicks() + ticks;
+    return request.frame.mid(1, 3) == QByteArray::fromHex("031000");
+}
+
+// Runs the event loop until `ticks` more ticks have started on the line; the meter's log of
+// those requests is appended to `kept` when given, else dropped as it is read.
+void RunTicks(sim::SimulatedMeterHost& meter, int ticks, QList<sim::LoggedRequest>* kept = nullptr)
+{
+    meter.takeRequestLog();
+    int started = 0;
     QEventLoop loop;
     QTimer check;
     QObject::connect(&check, &QTimer::timeout, &loop, [&] {
-        if (startsOfTicks() >= target)
+        const QList<sim::LoggedRequest> log = meter.takeRequestLog();
+        started += int(std::count_if(log.begin(), log.end(), StartsATick));
+        if (kept != nullptr)
+            *kept += log;
+        if (started >= ticks)
             loop.quit();
     });
     check.start(50);
@@ -60,7 +66,7 @@ double MeanTickMs(const QList<sim::LoggedRequest>& log)
 {
     QList<sim::SteadyTime> starts;
     for (const auto& request : log)
-        if (request.frame.mid(1, 3) == QByteArray::fromHex("031000"))
+        if (StartsATick(request))
             starts.append(request.receivedAt);
     if (starts.size() < 2)
         return 0;
@@ -98,20 +104,20 @@ int MeasureTickPeriod(MainForm& form, sim::SimulatedMeterHost& meter, int baud)
     if (!GoOnLine(form))
         return 1;
     RunTicks(meter, 3); // settle
-    meter.clearRequestLog();
     constexpr int kTicks = 20;
+    QList<sim::LoggedRequest> log;
     const double cpuThread0 = ThreadCpuSeconds();
     const double cpuProcess0 = CpuSeconds();
-    RunTicks(meter, kTicks + 1);
+    RunTicks(meter, kTicks + 1, &log);
     const double cpuThread = ThreadCpuSeconds() - cpuThread0;
     const double cpuProcess = CpuSeconds() - cpuProcess0;
-    const double tick = MeanTickMs(meter.requestLog());
+    const double tick = MeanTickMs(log);
     const double floor = WireMs(kTickBytes, baud) + 9 * kTurnaroundMs + 9 * 12;
     std::printf("%5d 8N1: tick %.1f ms, floor %.1f ms, ratio %.3f; CPU per tick: window thread %.2f ms (%.2f %% of a core), "
                 "process %.2f ms (%.2f %%)\n",
                 baud, tick, floor, tick / floor, 1000 * cpuThread / kTicks, 100 * cpuThread / (kTicks * tick / 1000),
                 1000 * cpuProcess / kTicks, 100 * cpuProcess / (kTicks * tick / 1000));
-    PrintGaps(meter.requestLog());
+    PrintGaps(log);
     form.On_Line->click();
     return 0;
 }
@@ -120,6 +126,7 @@ int MeasureTickPeriod(MainForm& form, sim::SimulatedMeterHost& meter, int baud)
 
 int main(int argc, char* argv[])
 {
+    std::setvbuf(stdout, nullptr, _IOLBF, 0); // figures show as they come, also into a file
     qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication app(argc, argv);
     const int memoryTicks = argc > 1 ? std::atoi(argv[1]) : 10000;

@@ -1,11 +1,15 @@
 #include "sim/RequestLog.h"
 
+#include <utility>
+
 namespace sim {
 
 quint64 RequestLog::append(const QByteArray& frame, SteadyTime receivedAt)
 {
     QMutexLocker lock(&m_mutex);
     m_entries.append({m_nextSequence, frame, receivedAt, std::nullopt});
+    if (m_entries.size() > kKept)
+        m_entries.removeFirst();
     return m_nextSequence++;
 }
 
@@ -25,6 +29,12 @@ QList<LoggedRequest> RequestLog::entries() const
 {
     QMutexLocker lock(&m_mutex);
     return m_entries;
+}
+
+QList<LoggedRequest> RequestLog::take()
+{
+    QMutexLocker lock(&m_mutex);
+    return std::exchange(m_entries, {});
 }
 
 void RequestLog::clear()

@@ -22,10 +22,15 @@ struct LoggedRequest {
 // (and the gaps the master keeps). Written by the meter's thread, read by any.
 class RequestLog {
 public:
+    // The most recent requests kept: a meter left running for days must not grow without end.
+    static constexpr qsizetype kKept = 4096;
+
     quint64 append(const QByteArray& frame, SteadyTime receivedAt);
     void noteReplyFinished(quint64 sequence, SteadyTime at);
 
     QList<LoggedRequest> entries() const;
+    // The entries, leaving the log empty; nothing arriving meanwhile is lost.
+    QList<LoggedRequest> take();
     void clear();
     // Replies whose last byte has left, spoiled ones included, since the last clear().
     int repliesSent() const;

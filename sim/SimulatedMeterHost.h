@@ -38,6 +38,7 @@ public:
 
     QList<LoggedRequest> requestLog() const { return m_shared.log.entries(); }
     void clearRequestLog() { m_shared.log.clear(); }
+    QList<LoggedRequest> takeRequestLog() { return m_shared.log.take(); }
     int repliesSent() const { return m_shared.log.repliesSent(); }
 
     void setPacing(bool on) { m_shared.pacing = on; }
