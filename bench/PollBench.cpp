@@ -41,24 +41,25 @@ bool StartsATick(const sim::LoggedRequest& request)
     return request.frame.mid(1, 3) == QByteArray::fromHex("031000");
 }
 
-// Runs the event loop until `ticks` more ticks have started on the line; the meter's log of
-// those requests is appended to `kept` when given, else dropped as it is read.
-void RunTicks(sim::SimulatedMeterHost& meter, int ticks, QList<sim::LoggedRequest>* kept = nullptr)
+// Runs the event loop until `ticks` more ticks have started on the line. Returns the meter's
+// log of those requests when `keep` is set (a short run: the log holds it whole, and replies
+// still under way get their end noted); otherwise the log is dropped as it is read.
+QList<sim::LoggedRequest> RunTicks(sim::SimulatedMeterHost& meter, int ticks, bool keep = false)
 {
     meter.takeRequestLog();
     int started = 0;
     QEventLoop loop;
     QTimer check;
     QObject::connect(&check, &QTimer::timeout, &loop, [&] {
-        const QList<sim::LoggedRequest> log = meter.takeRequestLog();
-        started += int(std::count_if(log.begin(), log.end(), StartsATick));
-        if (kept != nullptr)
-            *kept += log;
+        const QList<sim::LoggedRequest> log = keep ? meter.requestLog() : meter.takeRequestLog();
+        const int seen = int(std::count_if(log.begin(), log.end(), StartsATick));
+        started = keep ? seen : started + seen;
         if (started >= ticks)
             loop.quit();
     });
     check.start(50);
     loop.exec();
+    return keep ? meter.requestLog() : QList<sim::LoggedRequest>();
 }
 
 // Mean time between the starts of consecutive ticks in the meter's log.
@@ -105,10 +106,9 @@ int MeasureTickPeriod(MainForm& form, sim::SimulatedMeterHost& meter, int baud)
         return 1;
     RunTicks(meter, 3); // settle
     constexpr int kTicks = 20;
-    QList<sim::LoggedRequest> log;
     const double cpuThread0 = ThreadCpuSeconds();
     const double cpuProcess0 = CpuSeconds();
-    RunTicks(meter, kTicks + 1, &log);
+    const QList<sim::LoggedRequest> log = RunTicks(meter, kTicks + 1, true);
     const double cpuThread = ThreadCpuSeconds() - cpuThread0;
     const double cpuProcess = CpuSeconds() - cpuProcess0;
     const double tick = MeanTickMs(log);
