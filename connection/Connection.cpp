@@ -3,6 +3,15 @@
 #include "connection/LineSettings.h"
 #include "connection/OperatorPrompts.h"
 
+namespace {
+
+QString UnusableSettings(const QString& settings)
+{
+    return QStringLiteral("settings \"%1\" cannot be applied").arg(settings);
+}
+
+} // namespace
+
 Connection::Connection(OperatorPrompts& prompts, QObject* parent)
     : QObject(parent), link(port, bOnLine), m_prompts(prompts)
 {
@@ -22,7 +31,7 @@ void Connection::SetSettings(const QString& settings)
     m_settings = settings;
     if (!port.isOpen())
         return;
-    QString error = QStringLiteral("settings \"%1\" cannot be applied").arg(settings);
+    QString error = UnusableSettings(settings);
     const auto parsed = LineSettings::Parse(settings);
     if (!parsed || !port.apply(*parsed, &error)) {
         port.close();
@@ -62,7 +71,7 @@ bool Connection::OpenPort(QString* error)
 {
     const auto settings = LineSettings::Parse(m_settings);
     if (!settings) {
-        *error = QStringLiteral("settings \"%1\" cannot be applied").arg(m_settings);
+        *error = UnusableSettings(m_settings);
         return false;
     }
     const QString device = DeviceFor(m_portNumber, error);

@@ -48,7 +48,6 @@ bool SerialTransport::open(const QString& device, const LineSettings& settings, 
         close();
         return false;
     }
-    m_port.clear(QSerialPort::AllDirections);
     return true;
 }
 

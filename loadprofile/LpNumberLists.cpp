@@ -6,7 +6,7 @@
 
 void LpNumberLists::RefreshLpNumberLists()
 {
-    const int group = LeadingValue(m_screen.Text(QStringLiteral("Combo_LP_Read_Group_Sel"))) == 1 ? 0 : 1;
+    const int group = DownloadGroupElement(m_screen);
     // Before the meter's first complete image the field is empty: nothing to build for yet.
     const auto count = WholeNumber(m_screen.Text(Element("Text_Valid_int_num", group)));
     if (!count)

@@ -152,7 +152,7 @@ void RealTimeDisplay::ShowDisplayItems(const QByteArray& image)
 
 void RealTimeDisplay::WarnIfListsWillChange(qint32 LpListCount)
 {
-    const int group = LeadingValue(m_screen.Text(QStringLiteral("Combo_LP_Read_Group_Sel"))) == 1 ? 0 : 1;
+    const int group = DownloadGroupElement(m_screen);
     const double valid = LeadingValue(m_screen.Text(Element("Text_Valid_int_num", group)));
     if (valid != LpListCount)
         m_screen.SetText(QStringLiteral("Text6"), QStringLiteral("Wait!! Setting 'Start no' & 'Stop no'"));

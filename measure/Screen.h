@@ -18,6 +18,10 @@ inline QString Element(const char* array, int index)
     return QStringLiteral("%1(%2)").arg(QLatin1String(array)).arg(index);
 }
 
+// The load-profile group chosen for download, as an element index of the per-group fields:
+// 0 when the group list reads 1, else 1.
+int DownloadGroupElement(const Screen& screen);
+
 // A value in fixed format with `decimals` digits after the point ("0.00000" has five). A zero
 // that only a sign separates from 0 is shown without it.
 QString FormatFixed(double value, int decimals);
