@@ -2,6 +2,7 @@
 
 #include "sim/SimulatedMeterHost.h"
 #include "ui/MainForm.h"
+#include "ui/StateColours.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -13,22 +14,8 @@
 
 namespace {
 
-// Colours of the connection state field and of a download that can be resumed.
-const QColor kOnLineColour(0x80, 0xFF, 0x80);
-const QColor kOffLineColour(0xFF, 0xC0, 0xC0);
-const QColor kResumableColour(0xFF, 0x80, 0x80);
-
 // Keeps the request echo from growing without end while frames are shown.
 constexpr int kEchoLines = 500;
-
-void SetBackground(QWidget* widget, const QColor& colour)
-{
-    QPalette palette = widget->palette();
-    palette.setColor(widget->backgroundRole(), colour);
-    palette.setColor(QPalette::Base, colour);
-    widget->setPalette(palette);
-    widget->setAutoFillBackground(true);
-}
 
 // A list's text as the 16-bit whole number the meter tool takes: rounded to nearest, halves
 // to even.

@@ -2,6 +2,7 @@
 
 #include "ui/ControlFactory.h"
 #include "ui/FormBinding.h"
+#include "ui/StateColours.h"
 
 #include <QCheckBox>
 #include <QCloseEvent>
@@ -21,9 +22,6 @@
 using namespace Controls;
 
 namespace {
-
-// Light red of the off-line state; going on line turns the field light green.
-const QColor kOffLineColour(0xFF, 0xC0, 0xC0);
 
 // Room for a few echoed request frames without pushing the tabs. The extra half line keeps the
 // last one whole, whatever leading the font adds.
@@ -72,9 +70,7 @@ QWidget* MainForm::BuildConnectionFrame()
     txt_Online = TextReadout(QStringLiteral("txt_Online"), QStringLiteral("Connection state"));
     txt_Online->setText(QStringLiteral("Off Line"));
     txt_Online->setAlignment(Qt::AlignCenter);
-    QPalette offLine = txt_Online->palette();
-    offLine.setColor(QPalette::Base, kOffLineColour);
-    txt_Online->setPalette(offLine);
+    SetBackground(txt_Online, kOffLineColour);
 
     auto* frame = new QGroupBox(QStringLiteral("Connection"));
     auto* row = new QHBoxLayout(frame);

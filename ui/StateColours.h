@@ -1,0 +1,13 @@
+#pragma once
+
+#include <QColor>
+
+class QWidget;
+
+// Colours of the connection state field and of a download that can be resumed.
+inline const QColor kOnLineColour(0x80, 0xFF, 0x80);
+inline const QColor kOffLineColour(0xFF, 0xC0, 0xC0);
+inline const QColor kResumableColour(0xFF, 0x80, 0x80);
+
+// Paints the background of a field or a button.
+void SetBackground(QWidget* widget, const QColor& colour);
