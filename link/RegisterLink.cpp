@@ -12,50 +12,50 @@ RegisterLink::RegisterLink(Transport& line, const WatchedFlag& bOnLine, QObject*
 {
 }
 
-void RegisterLink::ReadRegisters(const qint16& address, quint8 function, quint16 start, quint16 count)
+TransactionOutcome RegisterLink::ReadRegisters(const qint16& address, quint8 function, quint16 start, quint16 count)
 {
     if (!m_onLine.isTrue())
-        return;
+        return TransactionOutcome::Abandoned;
     TxFrame = Rtu::ReadRequest(quint8(address & 0xFF), function, start, count);
     ExpectedLen = qint16(Rtu::ReadReplyLength(count));
-    Transact(address, true);
+    return Transact(address, true);
 }
 
-void RegisterLink::WriteSingleRegister(const qint16& address, quint16 reg, quint16 value)
+TransactionOutcome RegisterLink::WriteSingleRegister(const qint16& address, quint16 reg, quint16 value)
 {
     bCommOK = kTrue;
     if (!m_onLine.isTrue())
-        return;
+        return TransactionOutcome::Abandoned;
     TxFrame = Rtu::WriteSingleRequest(quint8(address & 0xFF), reg, value);
     ExpectedLen = qint16(Rtu::kWriteReplyLength);
-    Transact(address, false);
+    return Transact(address, false);
 }
 
-void RegisterLink::WriteRegisters(const qint16& address, quint16 start, quint16 count, const QByteArray& data)
+TransactionOutcome RegisterLink::WriteRegisters(const qint16& address, quint16 start, quint16 count, const QByteArray& data)
 {
     bCommOK = kTrue;
     if (!m_onLine.isTrue())
-        return;
+        return TransactionOutcome::Abandoned;
     TxFrame = Rtu::WriteMultipleRequest(quint8(address & 0xFF), start, count, data);
     ExpectedLen = qint16(Rtu::kWriteReplyLength);
-    Transact(address, false);
+    return Transact(address, false);
 }
 
-void RegisterLink::WriteFloatRegisters(const qint16& address, quint16 start, const QList<double>& values)
+TransactionOutcome RegisterLink::WriteFloatRegisters(const qint16& address, quint16 start, const QList<double>& values)
 {
     QByteArray data;
     for (double value : values)
         data += Rtu::SingleToBytes(value);
-    WriteRegisters(address, start, quint16(2 * values.size()), data);
+    return WriteRegisters(address, start, quint16(2 * values.size()), data);
 }
 
-void RegisterLink::WriteRegisters2(const qint16& address, quint16 start, qint16& count, const QByteArray& data)
+TransactionOutcome RegisterLink::WriteRegisters2(const qint16& address, quint16 start, qint16& count, const QByteArray& data)
 {
     count = qint16(std::nearbyint(count / 2.0)); // the default rounding mode: halves to even
-    WriteRegisters(address, start, quint16(count), data);
+    return WriteRegisters(address, start, quint16(count), data);
 }
 
-void RegisterLink::Transact(const qint16& address, bool isRead)
+TransactionOutcome RegisterLink::Transact(const qint16& address, bool isRead)
 {
     bWaiting = kTrue;
     Rtu::Seal(crc, TxFrame);
@@ -64,9 +64,10 @@ void RegisterLink::Transact(const qint16& address, bool isRead)
 
     for (int attempt = 1; attempt <= kAttempts; ++attempt) {
         // A good reply ends the transaction, and so does a closed port or going off line.
-        if (Attempt(address, isRead) != Outcome::Failed) {
+        const TransactionOutcome outcome = Attempt(address, isRead);
+        if (outcome != TransactionOutcome::Failed) {
             bWaiting = kFalse;
-            return;
+            return outcome;
         }
         m_line.discardInput();
     }
@@ -74,9 +75,10 @@ void RegisterLink::Transact(const qint16& address, bool isRead)
     bWaiting = kFalse;
     bCommOK = kFalse;
     emit gaveUp();
+    return TransactionOutcome::Failed;
 }
 
-RegisterLink::Outcome RegisterLink::Attempt(const qint16& address, bool isRead)
+TransactionOutcome RegisterLink::Attempt(const qint16& address, bool isRead)
 {
     if (quint8(TxFrame.at(0)) != quint8(address & 0xFF)) {
         TxFrame[0] = char(address & 0xFF);
@@ -84,29 +86,29 @@ RegisterLink::Outcome RegisterLink::Attempt(const qint16& address, bool isRead)
     }
     WaitSince(LastRxTime, kFrameGapMs, m_onLine);
     if (!m_line.isOpen() || !m_onLine.isTrue())
-        return Outcome::Abandoned;
+        return TransactionOutcome::Abandoned;
     m_line.discardInput();
     m_line.send(TxFrame);
 
     const bool arrived = WaitUntil([this] { return ReplyArrived(); }, kReplyTimeoutMs, m_onLine, m_line);
     if (!m_line.isOpen() || !m_onLine.isTrue())
-        return Outcome::Abandoned;
+        return TransactionOutcome::Abandoned;
     if (!arrived)
-        return Outcome::Failed;
+        return TransactionOutcome::Failed;
 
     const QByteArray reply = m_line.takeAll();
     LastRxTime = timeGetTime();
     if (quint8(reply.at(0)) != quint8(ModbusAddress & 0xFF)) {
         emit statusText(QStringLiteral("Address Error"));
-        return Outcome::Failed;
+        return TransactionOutcome::Failed;
     }
     if (!Rtu::CrcMatches(crc, reply, ExpectedLen)) {
         emit statusText(QStringLiteral("CRC Error"));
-        return Outcome::Failed;
+        return TransactionOutcome::Failed;
     }
     if (isRead)
         StoreReadData(reply);
-    return Outcome::Good;
+    return TransactionOutcome::Good;
 }
 
 bool RegisterLink::ReplyArrived() const

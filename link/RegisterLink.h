@@ -11,9 +11,17 @@
 class Transport;
 class WatchedFlag;
 
+// How a transaction ended. `bCommOK` tells the same story in the tool's 16-bit flag; the
+// outcome also separates a meter that stopped answering from a line that went away.
+enum class TransactionOutcome {
+    Good,      // a good reply was taken
+    Failed,    // five attempts went unanswered or were spoiled: the tool goes off line
+    Abandoned, // the port closed or the tool went off line before a good reply came
+};
+
 // The register transactions with the meter. Each one blocks its caller until a good reply is
-// taken or five attempts have failed, yielding to the event loop while it waits. The outcome
-// is `bCommOK`; a read appends the reply's data bytes to `RxData`.
+// taken or five attempts have failed, yielding to the event loop while it waits. Each returns
+// its outcome and keeps `bCommOK` as well; a read appends the reply's data bytes to `RxData`.
 //
 // The address argument is taken by reference on purpose: callers pass `ModbusAddress`, and an
 // address the operator changes while a transaction is retrying is used from the next attempt.
@@ -28,15 +36,15 @@ public:
 
     RegisterLink(Transport& line, const WatchedFlag& bOnLine, QObject* parent = nullptr);
 
-    void ReadRegisters(const qint16& address, quint8 function, quint16 start, quint16 count);
-    void WriteSingleRegister(const qint16& address, quint16 reg, quint16 value);
+    TransactionOutcome ReadRegisters(const qint16& address, quint8 function, quint16 start, quint16 count);
+    TransactionOutcome WriteSingleRegister(const qint16& address, quint16 reg, quint16 value);
     // `data` holds two bytes per register, high byte first.
-    void WriteRegisters(const qint16& address, quint16 start, quint16 count, const QByteArray& data);
+    TransactionOutcome WriteRegisters(const qint16& address, quint16 start, quint16 count, const QByteArray& data);
     // Writes each value as an IEEE-754 single over two registers (see Rtu::SingleToBytes).
-    void WriteFloatRegisters(const qint16& address, quint16 start, const QList<double>& values);
+    TransactionOutcome WriteFloatRegisters(const qint16& address, quint16 start, const QList<double>& values);
     // Like WriteRegisters, given a byte count: it is halved (halves to even) into a register
     // count and handed back halved, as callers of this routine expect.
-    void WriteRegisters2(const qint16& address, quint16 start, qint16& count, const QByteArray& data);
+    TransactionOutcome WriteRegisters2(const qint16& address, quint16 start, qint16& count, const QByteArray& data);
 
     void BuildCrcTables() { crc.BuildCrcTables(); }
     // Empties RxData to its single-element start state before a series of reads.
@@ -62,10 +70,8 @@ signals:
     void gaveUp();
 
 private:
-    enum class Outcome { Good, Failed, Abandoned };
-
-    void Transact(const qint16& address, bool isRead);
-    Outcome Attempt(const qint16& address, bool isRead);
+    TransactionOutcome Transact(const qint16& address, bool isRead);
+    TransactionOutcome Attempt(const qint16& address, bool isRead);
     bool ReplyArrived() const;
     void StoreReadData(const QByteArray& reply);
 
