@@ -1,6 +1,7 @@
 // Renders each tab of the window to a PNG while on line to the simulated meter, so that the
 // screen can be looked at without a display: qx5820-screenshots OUTPUT_DIR [SECONDS]
-#include "ui/FormBinding.h"
+#include "connection/MeterSession.h"
+#include "sim/SimulatedMeterHost.h"
 #include "ui/MainForm.h"
 
 #include <QApplication>
@@ -23,7 +24,11 @@ int main(int argc, char* argv[])
     QDir().mkpath(out.path());
     const int seconds = args.size() > 2 ? args.at(2).toInt() : 3;
 
+    sim::SimulatedMeterHost simulator;
     MainForm form;
+    form.session().connection.simulatedMeterDevice = [&simulator](QString* error) {
+        return simulator.startedDevice(error);
+    };
     form.Form_Load();
     form.ChooseSimulatedMeter();
     form.show();

@@ -1,3 +1,5 @@
+#include "connection/MeterSession.h"
+#include "sim/SimulatedMeterHost.h"
 #include "ui/MainForm.h"
 
 #include <QApplication>
@@ -17,7 +19,13 @@ int main(int argc, char* argv[])
     options.addOption(simulated);
     options.process(app);
 
+    // The port list's last entry is a simulated meter, started on its pseudo-terminal only when
+    // the operator goes on line to it. Declared first: it outlives the window that talks to it.
+    sim::SimulatedMeterHost simulator;
     MainForm form;
+    form.session().connection.simulatedMeterDevice = [&simulator](QString* error) {
+        return simulator.startedDevice(error);
+    };
     form.Form_Load();
     if (options.isSet(simulated))
         form.ChooseSimulatedMeter();

@@ -8,8 +8,9 @@
 //   - RefreshLpNumberLists growing the interval lists from 0 to 65,535 entries.
 // Usage: bench_poll [TICKS_FOR_MEMORY]   (default 10000; pacing is off for that phase)
 #include "BenchSupport.h"
+#include "connection/MeterSession.h"
+#include "measure/PollPlan.h"
 #include "sim/SimulatedMeterHost.h"
-#include "ui/FormBinding.h"
 #include "ui/MainForm.h"
 
 #include <QApplication>
@@ -26,8 +27,7 @@
 namespace {
 
 constexpr int kTurnaroundMs = 3;
-// Nine requests of 8 bytes; replies of 5 + 2·count bytes for 100, 50, 20, 90, 22, 2, 30, 2, 2.
-constexpr int kTickBytes = 9 * 8 + 9 * 5 + 2 * (100 + 50 + 20 + 90 + 22 + 2 + 30 + 2 + 2);
+constexpr int kTickRequests = int(PollPlan::kBlocks.size());
 
 double ThreadCpuSeconds()
 {
@@ -38,7 +38,8 @@ double ThreadCpuSeconds()
 
 bool StartsATick(const sim::LoggedRequest& request)
 {
-    return request.frame.mid(1, 3) == QByteArray::fromHex("031000");
+    const PollBlock& first = PollPlan::kBlocks.front();
+    return request.frame.mid(1, 5) == Rtu::ReadRequest(0, first.function, first.start, first.count).mid(1, 5);
 }
 
 // Runs the event loop until `ticks` more ticks have started on the line. Returns the meter's
@@ -95,7 +96,7 @@ void PrintGaps(const QList<sim::LoggedRequest>& log)
 bool GoOnLine(MainForm& form)
 {
     form.On_Line->click();
-    return form.binding().connection.bOnLine.isTrue();
+    return form.session().connection.bOnLine.isTrue();
 }
 
 int MeasureTickPeriod(MainForm& form, sim::SimulatedMeterHost& meter, int baud)
@@ -112,7 +113,7 @@ int MeasureTickPeriod(MainForm& form, sim::SimulatedMeterHost& meter, int baud)
     const double cpuThread = ThreadCpuSeconds() - cpuThread0;
     const double cpuProcess = CpuSeconds() - cpuProcess0;
     const double tick = MeanTickMs(log);
-    const double floor = WireMs(kTickBytes, baud) + 9 * kTurnaroundMs + 9 * 12;
+    const double floor = WireMs(PollPlan::TickWireBytes(), baud) + kTickRequests * (kTurnaroundMs + RegisterLink::kFrameGapMs);
     std::printf("%5d 8N1: tick %.1f ms, floor %.1f ms, ratio %.3f; CPU per tick: window thread %.2f ms (%.2f %% of a core), "
                 "process %.2f ms (%.2f %%)\n",
                 baud, tick, floor, tick / floor, 1000 * cpuThread / kTicks, 100 * cpuThread / (kTicks * tick / 1000),
@@ -131,7 +132,10 @@ int main(int argc, char* argv[])
     QApplication app(argc, argv);
     const int memoryTicks = argc > 1 ? std::atoi(argv[1]) : 10000;
 
+    sim::SimulatedMeterHost simulator;
+    auto* meter = &simulator;
     MainForm form;
+    form.session().connection.simulatedMeterDevice = [meter](QString* error) { return meter->startedDevice(error); };
     form.Form_Load();
     form.ChooseSimulatedMeter();
     form.show();
@@ -140,7 +144,6 @@ int main(int argc, char* argv[])
         return 1;
     }
     form.On_Line->click();
-    auto* meter = form.binding().SimulatedMeter();
     meter->setTurnaround(kTurnaroundMs);
 
     if (MeasureTickPeriod(form, *meter, 19200) != 0 || MeasureTickPeriod(form, *meter, 9600) != 0)
@@ -162,18 +165,19 @@ int main(int argc, char* argv[])
     form.On_Line->click();
 
     // The interval lists: from 0 to 65,535 entries, then an unchanged count.
-    LpNumberLists& lists = form.binding().poll.numberLists;
+    LpNumberLists& lists = form.session().poll.numberLists;
     form.Combo_LP_Read_Group_Sel->setCurrentIndex(0);
-    form.Text_Valid_int_num(0)->setText(QStringLiteral("0"));
-    lists.RefreshLpNumberLists();
-    form.Text_Valid_int_num(0)->setText(QStringLiteral("65535"));
+    MeterReading reading;
+    reading.known = MeterReading::RealTimeImage;
+    lists.RefreshLpNumberLists(reading);
+    reading.loadProfile[0].validIntervals = 65535;
     clock.restart();
-    lists.RefreshLpNumberLists();
+    lists.RefreshLpNumberLists(reading);
     QCoreApplication::processEvents(); // the repaint that follows
     const double grow = double(clock.nsecsElapsed()) / 1e6;
     clock.restart();
     for (int i = 0; i < 1000; ++i)
-        lists.RefreshLpNumberLists();
+        lists.RefreshLpNumberLists(reading);
     const double unchanged = double(clock.nsecsElapsed()) / 1e3 / 1000;
     std::printf("RefreshLpNumberLists: 0 -> 65,535 entries %.1f ms (lists hold %d); unchanged count %.2f us\n", grow,
                 form.Combo_LP_Start_No->count(), unchanged);

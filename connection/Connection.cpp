@@ -1,7 +1,7 @@
 #include "connection/Connection.h"
 
 #include "connection/LineSettings.h"
-#include "connection/OperatorPrompts.h"
+#include "ports/OperatorPrompts.h"
 
 namespace {
 
@@ -10,18 +10,31 @@ QString UnusableSettings(const QString& settings)
     return QStringLiteral("settings \"%1\" cannot be applied").arg(settings);
 }
 
+QString PortErrorReason(const QString& detail)
+{
+    return QStringLiteral("Comm Port Error: ") + detail;
+}
+
 } // namespace
+
+QString SettingsString(const QString& baudRate, const QString& stopBits)
+{
+    return baudRate + QStringLiteral(",n,8,") + stopBits;
+}
 
 Connection::Connection(OperatorPrompts& prompts, QObject* parent)
     : QObject(parent), link(port, bOnLine), m_prompts(prompts)
 {
     Timer1Sec.setInterval(kPollIntervalMs);
     Timer1Sec.setTimerType(Qt::PreciseTimer);
-    connect(&link, &RegisterLink::gaveUp, this, &Connection::GoOffLine);
-    connect(&port, &Transport::lost, this, [this](const QString& reason) {
+    connect(&link, &RegisterLink::gaveUp, this,
+            [this] { GoOffLine(QStringLiteral("Communication Error! Retry %1 times!").arg(RegisterLink::kAttempts)); });
+    connect(&port, &Transport::lost, this, [this] {
+        // The system's words for this ("Inappropriate ioctl for device" and the like) tell
+        // an operator nothing; what happened is that the device went away.
+        const QString device = port.Device();
         // The waits end first, so that nothing stays blocked behind the message.
-        GoOffLine();
-        emit portFailed(QStringLiteral("%1: %2").arg(port.Device(), reason));
+        GoOffLine(PortErrorReason(device + QStringLiteral(": the port was closed or the adapter unplugged")));
         m_prompts.Critical(QStringLiteral("Comm Port Error！"));
     });
 }
@@ -58,13 +71,13 @@ void Connection::On_Line_Click(const QString& addressText)
     port.discardInput();
     link.BuildCrcTables();
     Timer1Sec.start();
-    emit onLineChanged(true);
+    emit onLineChanged(true, QString());
 }
 
-void Connection::GoOffLine()
+void Connection::GoOffLine(const QString& reason)
 {
     port.close();
-    OffLineTail();
+    OffLineTail(reason);
 }
 
 bool Connection::OpenPort(QString* error)
@@ -97,18 +110,19 @@ QString Connection::DeviceFor(int number, QString* error) const
     return simulatedMeterDevice(error);
 }
 
-void Connection::OffLineTail()
+void Connection::OffLineTail(const QString& reason)
 {
     bOnLine.set(false);
     port.discardInput();
     link.BuildCrcTables();
     Timer1Sec.stop();
-    emit onLineChanged(false);
+    emit onLineChanged(false, reason);
 }
 
 void Connection::PortError(const QString& detail)
 {
-    emit portFailed(detail);
+    // Off line first, then the message: while the box waits for the operator, no timer may
+    // go on using a port that failed.
+    OffLineTail(PortErrorReason(detail));
     m_prompts.Critical(QStringLiteral("Comm Port Error！"));
-    OffLineTail();
 }

@@ -21,3 +21,14 @@ void PendingCommands::Serve(const std::function<bool()>& commOK)
             m_routines[i]();
     }
 }
+
+int PendingCommands::DropAll()
+{
+    int dropped = 0;
+    for (Flag flag : kOrder) {
+        if (this->*flag != kFalse)
+            ++dropped;
+        this->*flag = kFalse;
+    }
+    return dropped;
+}

@@ -45,6 +45,10 @@ struct PendingCommands {
     // A command whose write fails is therefore not repeated; the flags after it wait.
     void Serve(const std::function<bool()>& commOK);
 
+    // Clears every flag and returns how many were set. Commands asked for on one connection
+    // are never sent on a later one, which may reach another meter.
+    int DropAll();
+
 private:
     std::array<std::function<void()>, 16> m_routines;
 };

@@ -1,38 +1,28 @@
 #include "connection/PollCycle.h"
 
 #include "connection/Connection.h"
-#include "link/RtuFrames.h"
-#include "measure/FloatDecoding.h"
-#include "measure/Screen.h"
+#include "measure/FixedFormat.h"
+#include "measure/ReadingDecoding.h"
+#include "ports/Clock.h"
+#include "ports/Screen.h"
 
 #include <QElapsedTimer>
 #include <QScopeGuard>
 #include <QTimer>
 
-namespace {
+using PollPlan::kBlocks;
 
-// The five blocks of the real-time image, read back to back into one buffer.
-struct Block {
-    qint16 step;
-    quint8 function;
-    quint16 start;
-    quint16 count;
-};
-
-constexpr Block kImageBlocks[] = {
-    {1, Rtu::kReadHolding, 0x1000, 100},
-    {2, Rtu::kReadHolding, 0x1064, 50},
-    {3, Rtu::kReadInput, 0x1000, 20},
-    {4, Rtu::kReadInput, 0x1080, 90},
-    {5, Rtu::kReadInput, 0x1180, 22},
-};
-
-} // namespace
-
-PollCycle::PollCycle(Connection& connection, Screen& screen, IntervalLists& lists, QObject* parent)
-    : QObject(parent), display(screen), numberLists(screen, lists), m_connection(connection), m_screen(screen)
+PollCycle::PollCycle(Connection& connection, Screen& screen, IntervalLists& lists, const Clock& clock,
+                     QObject* parent)
+    : QObject(parent), display(screen), numberLists(screen, lists), m_connection(connection), m_screen(screen),
+      m_clock(clock)
 {
     connect(&m_connection.Timer1Sec, &QTimer::timeout, this, &PollCycle::Timer1Sec_Timer);
+    // A new connection may reach another meter: nothing read before counts as known.
+    connect(&m_connection, &Connection::onLineChanged, this, [this](bool onLine) {
+        if (onLine)
+            m_reading.known = 0;
+    });
 }
 
 void PollCycle::SetRoutine(PendingCommands::Flag flag, std::function<void()> routine)
@@ -56,103 +46,103 @@ void PollCycle::Timer1Sec_Timer()
     m_tickRunning = true;
     QElapsedTimer duration;
     duration.start();
-    const auto done = qScopeGuard([this, &duration] {
-        m_tickRunning = false;
-        // A tick that outlasted the interval swallowed the timer's expiries meanwhile: start
-        // the next one now rather than at the timer's next expiry, so that the line is not
-        // left idle.
-        const bool overran = duration.elapsed() >= m_connection.Timer1Sec.interval();
-        if ((overran || m_tickDue) && m_connection.Timer1Sec.isActive())
-            QTimer::singleShot(0, this, &PollCycle::Timer1Sec_Timer);
-        m_tickDue = false;
-    });
+    const auto done = qScopeGuard([this, &duration] { StartNextTickIfDue(duration.elapsed()); });
 
     m_screen.SetText(QStringLiteral("txt_Online"), QStringLiteral("On Line"));
+    m_reading.fresh = 0;
+    m_reading.takenAt = m_clock.Now();
     m_connection.link.ResetRxData();
     m_connection.link.bCommOK = kTrue;
     if (!ReadRealTimeImage() || !ReadFrequency())
         return;
-    ReadEnergy();
-    numberLists.RefreshLpNumberLists();
-    m_screen.SetText(QStringLiteral("Text6"), QString());
-    if (!CommOK() || !ReadRatios())
+    // Even when the energy block gave up, the lists follow the last count the meter reported
+    // and the status line is cleared; the reason for going off line stays in its own field.
+    // Only a line that went away mid-read ends the tick at once.
+    const TransactionOutcome energy = ReadEnergy();
+    if (energy == TransactionOutcome::Abandoned)
         return;
-    ReadPtRatio2();
-    // Off line, the commands wait for the next connection instead of being dropped unsent.
-    pending.Serve([this] { return CommOK() && m_connection.bOnLine.isTrue(); });
+    numberLists.RefreshLpNumberLists(m_reading);
+    m_screen.SetText(QStringLiteral("Text6"), QString());
+    if (energy != TransactionOutcome::Good || !ReadRatios() || !ReadPtRatio2())
+        return;
+    emit readingTaken(m_reading);
+    pending.Serve([this] { return m_connection.link.bCommOK != kFalse && m_connection.bOnLine.isTrue(); });
+}
+
+void PollCycle::StartNextTickIfDue(qint64 elapsedMs)
+{
+    m_tickRunning = false;
+    // A tick that outlasted the interval swallowed the timer's expiries meanwhile: start the
+    // next one now rather than at the timer's next expiry, so that the line is not left idle.
+    const bool overran = elapsedMs >= m_connection.Timer1Sec.interval();
+    if ((overran || m_tickDue) && m_connection.Timer1Sec.isActive())
+        QTimer::singleShot(0, this, &PollCycle::Timer1Sec_Timer);
+    m_tickDue = false;
 }
 
 bool PollCycle::ReadRealTimeImage()
 {
     RegisterLink& link = m_connection.link;
-    for (const Block& block : kImageBlocks) {
+    // The five blocks append to one image; RxData was emptied at the start of the tick.
+    for (std::size_t i = 0; i < PollPlan::kImageBlocks; ++i) {
+        const PollBlock& block = kBlocks[i];
         PollStep = block.step;
-        link.ReadRegisters(link.ModbusAddress, block.function, block.start, block.count);
-        if (!CommOK())
+        if (link.ReadRegisters(link.ModbusAddress, block.function, block.start, block.count) != TransactionOutcome::Good)
             return false;
     }
-    if (m_connection.bOnLine.isTrue() && link.RxUpperBound() == RealTimeDisplay::kImageSize - 1)
-        display.ShowRealTimeData(link.RxData, numberLists.LpListCount);
+    if (link.RxUpperBound() == PollPlan::kImageSize - 1) {
+        DecodeRealTimeImage(link.RxData, m_reading);
+        display.ShowRealTimeData(m_reading);
+        numberLists.WarnIfListsWillChange(m_reading);
+    }
     return true;
 }
 
 bool PollCycle::ReadFrequency()
 {
-    if (!Read(Rtu::kReadInput, 0x107E, 2))
+    if (Read(kBlocks[PollPlan::Frequency]) != TransactionOutcome::Good)
         return false;
-    if (m_connection.bOnLine.isTrue())
-        m_screen.SetText(QStringLiteral("txtFrequency"), FormatFixed(FloatAt(m_connection.link.RxData, 0), 2));
+    DecodeFrequency(m_connection.link.RxData, m_reading);
+    display.ShowFrequency(m_reading);
     return true;
 }
 
-void PollCycle::ReadEnergy()
+TransactionOutcome PollCycle::ReadEnergy()
 {
-    PollStep = 6;
-    if (Read(Rtu::kReadInput, 0x10D4, 30) && m_connection.bOnLine.isTrue())
-        display.ShowEnergyData(m_connection.link.RxData);
+    const TransactionOutcome outcome = Read(kBlocks[PollPlan::Energy]);
+    if (outcome == TransactionOutcome::Good) {
+        DecodeEnergy(m_connection.link.RxData, m_reading);
+        display.ShowEnergyData(m_reading);
+    }
+    return outcome;
 }
 
 bool PollCycle::ReadRatios()
 {
-    PollStep = 7;
-    if (!Read(Rtu::kReadHolding, 0x1021, 2))
+    if (Read(kBlocks[PollPlan::Ratios]) != TransactionOutcome::Good)
         return false;
-    if (!m_connection.bOnLine.isTrue())
-        return true;
-    const QByteArray& data = m_connection.link.RxData;
-    // Both registers are signed 16-bit numbers; a meter reporting one above 32767 is outside
-    // what the tool can show or write back, so the tick stops here and says so.
-    if (quint8(data.at(0)) >= 0x80 || quint8(data.at(2)) >= 0x80) {
-        m_screen.SetText(QStringLiteral("Text6"), QStringLiteral("PT or CT ratio out of range"));
-        return false;
-    }
-    const double pt1 = (quint8(data.at(0)) * 256 + quint8(data.at(1))) / 10.0;
-    PtRatio1Value = FormatFixed(pt1, 1).toDouble();
-    m_screen.SetText(QStringLiteral("txt_PTRatio"), FormatFixed(pt1, 1));
-    m_screen.SetText(QStringLiteral("txt_CTRatio"), FormatFixed(quint8(data.at(2)) * 256 + quint8(data.at(3)), 1));
+    DecodeRatios(m_connection.link.RxData, m_reading);
+    // PT ratio 1 as the operator sees it, to one decimal: the meter holds PT ratio 2 relative
+    // to it. A register beyond the signed range is still the meter's ratio and is used as such.
+    PtRatio1Value = FormatFixed(m_reading.ptRatio1Register / 10.0, 1).toDouble();
+    display.ShowRatios(m_reading);
     return true;
 }
 
-void PollCycle::ReadPtRatio2()
+bool PollCycle::ReadPtRatio2()
 {
-    // The register holds PT ratio 2 relative to PT ratio 1; the screen shows the product.
-    if (Read(Rtu::kReadHolding, 0x4492, 2) && m_connection.bOnLine.isTrue()) {
-        const double ratio = FloatAt(m_connection.link.RxData, 0) * PtRatio1Value;
-        m_screen.SetText(QStringLiteral("txtPTRatio2"), FormatFixed(ratio, 4));
-    }
+    if (Read(kBlocks[PollPlan::PtRatio2]) != TransactionOutcome::Good)
+        return false;
+    DecodePtRatio2(m_connection.link.RxData, PtRatio1Value, m_reading);
+    display.ShowPtRatio2(m_reading);
+    return true;
 }
 
-bool PollCycle::Read(quint8 function, quint16 start, quint16 count)
+TransactionOutcome PollCycle::Read(const PollBlock& block)
 {
-    if (!CommOK())
-        return false;
+    if (block.step != 0)
+        PollStep = block.step;
     RegisterLink& link = m_connection.link;
     link.ResetRxData();
-    link.ReadRegisters(link.ModbusAddress, function, start, count);
-    return CommOK();
-}
-
-bool PollCycle::CommOK() const
-{
-    return m_connection.link.bCommOK != kFalse;
+    return link.ReadRegisters(link.ModbusAddress, block.function, block.start, block.count);
 }

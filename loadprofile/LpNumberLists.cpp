@@ -1,17 +1,29 @@
 #include "loadprofile/LpNumberLists.h"
 
-#include "loadprofile/IntervalLists.h"
-#include "measure/Screen.h"
-#include "measure/TextNumbers.h"
+#include "connection/TextNumbers.h"
+#include "measure/MeterReading.h"
+#include "ports/IntervalLists.h"
+#include "ports/Screen.h"
 
-void LpNumberLists::RefreshLpNumberLists()
+namespace {
+
+qint32 ValidIntervals(const MeterReading& reading, const Screen& screen)
 {
-    const int group = DownloadGroupElement(m_screen);
-    // Before the meter's first complete image the field is empty: nothing to build for yet.
-    const auto count = WholeNumber(m_screen.Text(Element("Text_Valid_int_num", group)));
-    if (!count)
+    return reading.loadProfile[std::size_t(DownloadGroupIndex(screen))].validIntervals;
+}
+
+} // namespace
+
+int DownloadGroupIndex(const Screen& screen)
+{
+    return LeadingValue(screen.Text(QStringLiteral("Combo_LP_Read_Group_Sel"))) == 1 ? 0 : 1;
+}
+
+void LpNumberLists::RefreshLpNumberLists(const MeterReading& reading)
+{
+    if (!reading.Has(MeterReading::RealTimeImage))
         return;
-    const qint32 valid = *count;
+    const qint32 valid = ValidIntervals(reading, m_screen);
     if (valid < LpListCount) {
         m_lists.SetEnabled(false);
         m_lists.Clear();
@@ -26,4 +38,10 @@ void LpNumberLists::RefreshLpNumberLists()
     }
     LpListCount = valid;
     m_lists.SetEnabled(true);
+}
+
+void LpNumberLists::WarnIfListsWillChange(const MeterReading& reading)
+{
+    if (ValidIntervals(reading, m_screen) != LpListCount)
+        m_screen.SetText(QStringLiteral("Text6"), QStringLiteral("Wait!! Setting 'Start no' & 'Stop no'"));
 }

@@ -4,6 +4,11 @@
 
 class IntervalLists;
 class Screen;
+struct MeterReading;
+
+// The load-profile group chosen for download, as an index of the per-group values: 0 when the
+// operator's group list reads 1, else 1.
+int DownloadGroupIndex(const Screen& screen);
 
 // Keeps the download's start and stop lists equal to "1" up to the number of valid
 // intervals of the chosen group. The lists are rebuilt only when that number falls (a group
@@ -16,7 +21,11 @@ public:
 
     LpNumberLists(Screen& screen, IntervalLists& lists) : m_screen(screen), m_lists(lists) {}
 
-    void RefreshLpNumberLists();
+    // Before the meter's first real-time image there is no count to build for: nothing happens.
+    void RefreshLpNumberLists(const MeterReading& reading);
+    // "Wait!! Setting 'Start no' & 'Stop no'" in the status line while the chosen group's count
+    // differs from the one the lists were built for, that is, just before the lists change.
+    void WarnIfListsWillChange(const MeterReading& reading);
 
     // The number of valid intervals the lists were last built for.
     qint32 LpListCount = 0;

@@ -14,7 +14,8 @@ using FloatBytes = std::array<quint8, 4>;
 FloatBytes WorkBytes(const QByteArray& data, qsizetype offset);
 
 // Assembles the value from sign, exponent and mantissa with powers of two. Infinity gives
-// ±1 and not-a-number gives ±0: the meter's own tools show them that way.
+// ±1 and not-a-number gives ±0: a meter that reports one has a fault in that measurement, and a
+// small number in its field is easier to read past than "inf" or "nan" in a grid of values.
 void Trans_4Bytes_to_Float(const FloatBytes& bytes, double& result);
 
 // Trans_4Bytes_to_Float of the four bytes at `offset`.

@@ -34,6 +34,13 @@ SimulatedMeterHost::Started SimulatedMeterHost::start()
     return started;
 }
 
+QString SimulatedMeterHost::startedDevice(QString* error)
+{
+    const Started started = start();
+    *error = started.error;
+    return started.path;
+}
+
 void SimulatedMeterHost::stop()
 {
     if (!m_meter)

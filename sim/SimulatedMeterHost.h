@@ -29,6 +29,9 @@ public:
     // Starts answering on a new pseudo-terminal (a second call while running changes
     // nothing and gives the same path). The register model keeps its state across restarts.
     Started start();
+    // start() in the form a connection asks for its device in: the path, or an empty string
+    // with the reason in `error`.
+    QString startedDevice(QString* error);
     void stop();
     bool isRunning() const { return m_meter != nullptr; }
     QString slavePath() const { return m_path; }

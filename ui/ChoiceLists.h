@@ -4,13 +4,13 @@
 
 class QComboBox;
 
-// Entries of the meter tool's choice lists are plain decimal numbers: "first" to "last".
+// Entries of the numeric choice lists are plain decimal numbers: "first" to "last".
 QStringList NumberTexts(int first, int last);
 
 // Appends entries without selecting anything. Qt selects the first entry of an empty list by
-// itself, which would run the list's selection handler on a half-filled list; the meter tool's
-// lists only change their selection when told to, so the selection (and, for a typed list, the
-// typed text) is kept as it was.
+// itself, which would run the list's selection handler on a half-filled list, and several
+// handlers send or apply what is selected (the port, the line settings, the address). So the
+// selection (and, for a typed list, the typed text) is kept as it was.
 void AddEntries(QComboBox* list, const QStringList& entries);
 
 // Appends the entries, then selects entry `index`: one selection, seen by the handlers with the

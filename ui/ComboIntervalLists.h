@@ -1,6 +1,6 @@
 #pragma once
 
-#include "loadprofile/IntervalLists.h"
+#include "ports/IntervalLists.h"
 
 class QComboBox;
 

@@ -44,9 +44,10 @@ Dialog_Clr_kWh::Dialog_Clr_kWh(QWidget* owner) : QDialog(owner)
     layout->addLayout(buttons);
 }
 
-bool Dialog_Clr_kWh::confirm(QWidget* owner, const QString& question)
+bool Dialog_Clr_kWh::confirm(QWidget* owner, const QString& caption, const QString& question)
 {
     Dialog_Clr_kWh dialog(owner);
+    dialog.setWindowTitle(caption);
     dialog.Label1->setText(question);
     dialog.exec();
     return dialog.bClearConfirmed == kTrue;

@@ -14,8 +14,9 @@ class Dialog_Clr_kWh : public QDialog {
 public:
     explicit Dialog_Clr_kWh(QWidget* owner = nullptr);
 
-    // Shows `question` modally over `owner`; true only when the operator pressed OK.
-    static bool confirm(QWidget* owner, const QString& question);
+    // Shows `question` under `caption` modally over `owner`; true only when the operator
+    // pressed OK.
+    static bool confirm(QWidget* owner, const QString& caption, const QString& question);
 
     QLabel* Label1 = nullptr;
     QPushButton* OKButton = nullptr;

@@ -1,6 +1,5 @@
 #include "ui/FormBinding.h"
 
-#include "sim/SimulatedMeterHost.h"
 #include "ui/MainForm.h"
 #include "ui/StateColours.h"
 
@@ -10,19 +9,10 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 
-#include <cmath>
-
 namespace {
 
 // Keeps the request echo from growing without end while frames are shown.
 constexpr int kEchoLines = 500;
-
-// A list's text as the 16-bit whole number the meter tool takes: rounded to nearest, halves
-// to even.
-qint16 WholeNumberOf(const QString& text)
-{
-    return qint16(qBound(-32768.0, std::nearbyint(text.toDouble()), 32767.0));
-}
 
 } // namespace
 
@@ -30,60 +20,49 @@ FormBinding::FormBinding(MainForm& form)
     : prompts(&form),
       screen(form),
       intervalLists(form.Combo_LP_Start_No, form.Combo_LP_Stop_No),
-      connection(prompts),
-      poll(connection, screen, intervalLists),
+      session(SessionPorts{screen, prompts, intervalLists, clock}),
       m_form(form)
 {
-    connection.simulatedMeterDevice = [this](QString* error) { return StartSimulatedMeter(error); };
     ConnectConnectionControls();
     ConnectStatusArea();
 }
 
-FormBinding::~FormBinding() = default;
-
 void FormBinding::ConnectConnectionControls()
 {
     connect(m_form.Combo_CommPort, &QComboBox::currentIndexChanged, this,
-            [this](int index) { connection.Combo_CommPort_Click(index); });
-    connect(m_form.Combo_BaudRate_Sel, &QComboBox::currentIndexChanged, this, &FormBinding::ApplySettingsString);
-    connect(m_form.Combo_StopBit, &QComboBox::currentIndexChanged, this, &FormBinding::ApplySettingsString);
+            [this](int index) { session.ChoosePort(index); });
+    connect(m_form.Combo_BaudRate_Sel, &QComboBox::currentIndexChanged, this, &FormBinding::ChooseLine);
+    connect(m_form.Combo_StopBit, &QComboBox::currentIndexChanged, this, &FormBinding::ChooseLine);
     connect(m_form.Combo_Modbus_add_sel, &QComboBox::currentIndexChanged, this, [this](int index) {
         if (index >= 0)
-            connection.link.ModbusAddress = WholeNumberOf(m_form.Combo_Modbus_add_sel->currentText());
+            session.ChooseAddress(m_form.Combo_Modbus_add_sel->currentText());
     });
     connect(m_form.On_Line, &QPushButton::clicked, this, [this] {
-        connection.SetPortEntries(m_form.PortEntries);
-        connection.On_Line_Click(m_form.Combo_Modbus_add_sel->currentText());
+        session.SetPortEntries(m_form.PortEntries);
+        session.On_Line_Click(m_form.Combo_Modbus_add_sel->currentText());
     });
-    connect(&connection, &Connection::onLineChanged, this, &FormBinding::ShowOnLineState);
+    connect(&session, &MeterSession::onLineChanged, this, &FormBinding::ShowOnLineState);
+    connect(&session, &MeterSession::downloadInterrupted, this,
+            [this] { SetBackground(m_form.Command8, kResumableColour); });
 }
 
 void FormBinding::ConnectStatusArea()
 {
     m_form.Text12->setMaximumBlockCount(kEchoLines);
-    connect(&connection.link, &RegisterLink::statusText, m_form.Text6, &QLineEdit::setText);
-    connect(&connection, &Connection::portFailed, this,
-            [this](const QString& detail) { m_form.Text6->setText(QStringLiteral("Comm Port Error: ") + detail); });
-    connect(&connection.link, &RegisterLink::requestEcho, this, [this](const QString& echo) {
-        m_form.Text12->appendPlainText(echo.trimmed());
-    });
-    connect(m_form.chk_ShowFrames, &QCheckBox::toggled, this,
-            [this](bool on) { connection.link.bShowFrames = toBool16(on); });
+    connect(&session, &MeterSession::requestEcho, this,
+            [this](const QString& echo) { m_form.Text12->appendPlainText(echo.trimmed()); });
+    connect(m_form.chk_ShowFrames, &QCheckBox::toggled, this, [this](bool on) { session.ShowFrames(on); });
 }
 
-void FormBinding::ApplySettingsString()
+void FormBinding::ChooseLine()
 {
-    connection.SetSettings(m_form.Combo_BaudRate_Sel->currentText() + QStringLiteral(",n,8,")
-                           + m_form.Combo_StopBit->currentText());
+    session.ChooseLine(m_form.Combo_BaudRate_Sel->currentText(), m_form.Combo_StopBit->currentText());
 }
 
 void FormBinding::ShowOnLineState(bool onLine)
 {
     MainForm& f = m_form;
     f.On_Line->setText(onLine ? QStringLiteral("OFF Line") : QStringLiteral("On Line"));
-    f.txt_Online->setText(onLine ? QStringLiteral("On Line") : QStringLiteral("Off Line"));
-    if (!onLine && download.StopForOffLine())
-        SetBackground(f.Command8, kResumableColour);
     // On line the port and its speed cannot change; the stop bit and the address can.
     f.Combo_CommPort->setEnabled(!onLine);
     f.Combo_BaudRate_Sel->setEnabled(!onLine);
@@ -101,26 +80,4 @@ void FormBinding::ShowOnLineState(bool onLine)
         control->setEnabled(onLine);
     if (!onLine)
         f.Command11->setEnabled(false);
-}
-
-void FormBinding::StopTimers()
-{
-    connection.Timer1Sec.stop();
-    download.Timer_RS_Lpf.stop();
-}
-
-void FormBinding::Form_Unload()
-{
-    StopTimers();
-    if (connection.bOnLine.isTrue())
-        connection.GoOffLine();
-}
-
-QString FormBinding::StartSimulatedMeter(QString* error)
-{
-    if (!m_simulator)
-        m_simulator = std::make_unique<sim::SimulatedMeterHost>();
-    const auto started = m_simulator->start();
-    *error = started.error;
-    return started.path;
 }

@@ -2,7 +2,7 @@
 
 #include "connection/PortCatalog.h"
 #include "ui/ChoiceLists.h"
-#include "ui/FormBinding.h"
+#include "connection/MeterSession.h"
 #include "ui/Legends.h"
 
 #include <QComboBox>
@@ -45,12 +45,12 @@ QStringList LabelsOf(const QList<PortEntry>& entries)
 
 } // namespace
 
-// The order is the meter tool's: each selection runs its list's handler at once, so the PC
+// The order matters: each selection runs its list's handler at once, so the PC
 // baud rate is chosen while the stop-bit list is still empty, and the stop-bit list completes
 // the port settings afterwards.
 void MainForm::Form_Load()
 {
-    m_binding->StopTimers();
+    session().StopTimers();
     FillAndSelect(Combo_Modbus_BaudRate, kBaudRates, 1);
     PortEntries = PortCatalog::Scan();
     FillAndSelect(Combo_CommPort, LabelsOf(PortEntries), kDefaultPortIndex);

@@ -24,7 +24,8 @@ QString LpChannelLegend()
     });
 }
 
-// "12 : Modbus Stop Bi" is the meter tool's own, shortened text; 11 and 140 have no line.
+// "12 : Modbus Stop Bi" is cut short on purpose: it is the text operators know from the tool's
+// earlier versions. Codes 11 and 140 have no line.
 QString DisplayItemLegend()
 {
     return Lines({

@@ -53,9 +53,14 @@ MainForm::MainForm(QWidget* parent) : QMainWindow(parent)
 
 MainForm::~MainForm() = default;
 
+MeterSession& MainForm::session()
+{
+    return m_binding->session;
+}
+
 void MainForm::closeEvent(QCloseEvent* event)
 {
-    m_binding->Form_Unload();
+    m_binding->session.Form_Unload();
     event->accept();
 }
 
@@ -71,6 +76,8 @@ QWidget* MainForm::BuildConnectionFrame()
     txt_Online->setText(QStringLiteral("Off Line"));
     txt_Online->setAlignment(Qt::AlignCenter);
     SetBackground(txt_Online, kOffLineColour);
+    txt_OffLineReason = TextReadout(QStringLiteral("txt_OffLineReason"), QStringLiteral("Why the tool went off line"));
+    txt_OffLineReason->setMinimumWidth(txt_OffLineReason->fontMetrics().averageCharWidth() * 48);
 
     auto* frame = new QGroupBox(QStringLiteral("Connection"));
     auto* row = new QHBoxLayout(frame);
@@ -88,7 +95,7 @@ QWidget* MainForm::BuildConnectionFrame()
     row->addSpacing(24);
     row->addWidget(On_Line);
     row->addWidget(txt_Online);
-    row->addStretch(1);
+    row->addWidget(txt_OffLineReason, 1);
     return frame;
 }
 

@@ -8,6 +8,7 @@
 #include <memory>
 
 class FormBinding;
+class MeterSession;
 class QCheckBox;
 class QComboBox;
 class QLineEdit;
@@ -15,9 +16,9 @@ class QPlainTextEdit;
 class QPushButton;
 class QTabWidget;
 
-// The tool's one window. Its controls are public and carry the names the meter tool's routines
-// use for them, so the connection, polling and setting code can address them directly. The
-// constructor only builds the controls; Form_Load puts them into the off-line starting state.
+// The tool's one window. Its controls are public and carry the names the core addresses its
+// fields by (through the screen it is given) and the tests look them up by. The constructor
+// only builds the controls; Form_Load puts them into the off-line starting state.
 class MainForm : public QMainWindow {
     Q_OBJECT
 public:
@@ -30,8 +31,8 @@ public:
     // Chooses the simulated meter as the port, as if the operator had picked it.
     void ChooseSimulatedMeter();
 
-    // What the window's controls are bound to: the connection, the poll cycle and the rest.
-    FormBinding& binding() { return *m_binding; }
+    // The conversation with the meter that the window's controls are bound to.
+    MeterSession& session();
 
     // The entries behind Combo_CommPort, in list order.
     QList<PortEntry> PortEntries;
@@ -43,6 +44,9 @@ public:
     QComboBox* Combo_Modbus_add_sel = nullptr;
     QPushButton* On_Line = nullptr;
     QLineEdit* txt_Online = nullptr;
+    // Why the tool went off line, when the operator did not ask for it; kept until the next
+    // "On Line".
+    QLineEdit* txt_OffLineReason = nullptr;
 
     // Status area, below the tabs.
     QLineEdit* Text6 = nullptr;

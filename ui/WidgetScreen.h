@@ -1,6 +1,6 @@
 #pragma once
 
-#include "measure/Screen.h"
+#include "ports/Screen.h"
 
 #include <QHash>
 

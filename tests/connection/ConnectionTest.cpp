@@ -82,6 +82,8 @@ private slots:
         m_connection->On_Line_Click(QStringLiteral("15"));
         QVERIFY(m_connection->bOnLine.isTrue());
         // A transaction is waiting for its reply when the device disappears.
+        QSignalSpy changes(m_connection.get(), &Connection::onLineChanged);
+        const QString device = m_pair->second();
         bool returned = false;
         QTimer::singleShot(100, [this] { m_pair.reset(); });
         QTimer::singleShot(0, [this, &returned] {
@@ -90,6 +92,9 @@ private slots:
             returned = true;
         });
         QTRY_VERIFY_WITH_TIMEOUT(returned, 3000);
+        QCOMPARE(changes.size(), 1);
+        QCOMPARE(changes.first().at(1).toString(), // not the system's "Inappropriate ioctl for device"
+                 QStringLiteral("Comm Port Error: %1: the port was closed or the adapter unplugged").arg(device));
         QVERIFY(!m_connection->bOnLine.isTrue());
         QVERIFY(!m_connection->port.isOpen());
         QCOMPARE(m_prompts.errors, QStringList{QStringLiteral("Comm Port Error！")});

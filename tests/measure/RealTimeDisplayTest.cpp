@@ -1,5 +1,8 @@
-// The real-time image and the energy block on screen: each field from its bytes, in its format.
+// The real-time image and the energy block: each value from its bytes into the reading, and
+// from the reading onto its field, in its format.
 #include "MapScreen.h"
+#include "measure/PollPlan.h"
+#include "measure/ReadingDecoding.h"
 #include "measure/RealTimeDisplay.h"
 
 #include <QTest>
@@ -7,6 +10,9 @@
 #include <cstring>
 
 namespace {
+
+using PollPlan::Holding;
+using PollPlan::Input;
 
 // Stores `value` as a meter float at `offset`: low-order register first, high byte first.
 void putFloat(QByteArray& data, qsizetype offset, float value)
@@ -27,41 +33,41 @@ void putWord(QByteArray& data, qsizetype offset, int value)
 
 QByteArray craftedImage()
 {
-    QByteArray image(RealTimeDisplay::kImageSize, '\0');
+    QByteArray image(PollPlan::kImageSize, '\0');
     for (int i = 0; i < 4; ++i) {
-        putFloat(image, 340 + 4 * i, 230.0f + i);        // phase voltages
-        putFloat(image, 356 + 4 * i, 400.5f + i);        // line voltages
-        putFloat(image, 372 + 4 * i, 5.25f + i);         // currents
-        putFloat(image, 388 + 4 * i, 1.125f + i);        // kW
-        putFloat(image, 404 + 4 * i, -0.5f - i);         // kvar
-        putFloat(image, 420 + 4 * i, 2.0f + i);          // kVA
-        putFloat(image, 436 + 4 * i, 0.875f);            // PF
+        putFloat(image, Input(0x1080) + 4 * i, 230.0f + i);  // phase voltages
+        putFloat(image, Input(0x1088) + 4 * i, 400.5f + i);  // line voltages
+        putFloat(image, Input(0x1090) + 4 * i, 5.25f + i);   // currents
+        putFloat(image, Input(0x1098) + 4 * i, 1.125f + i);  // kW
+        putFloat(image, Input(0x10A0) + 4 * i, -0.5f - i);   // kvar
+        putFloat(image, Input(0x10A8) + 4 * i, 2.0f + i);    // kVA
+        putFloat(image, Input(0x10B0) + 4 * i, 0.875f);      // PF
     }
     for (int i = 0; i < 3; ++i) {
-        putFloat(image, 452 + 4 * i, 120.0f * i);        // voltage angles
-        putFloat(image, 464 + 4 * i, 120.0f * i + 30);   // current angles
+        putFloat(image, Input(0x10B8) + 4 * i, 120.0f * i);      // voltage angles
+        putFloat(image, Input(0x10BE) + 4 * i, 120.0f * i + 30); // current angles
     }
-    const int clock[] = {10, 6, 5, 8, 9, 7};             // 2010/6/5 8:9:7, low bytes only
+    const int clock[] = {10, 6, 5, 8, 9, 7}; // 2010/6/5 8:9:7, low bytes only
     for (int i = 0; i < 6; ++i)
-        putWord(image, 70 + 2 * i, clock[i]);
+        putWord(image, Holding(0x1023) + 2 * i, clock[i]);
     const QByteArray id("QX5820  SN004217");
-    std::memcpy(image.data() + 324, id.constData(), 16);
-    putWord(image, 104, 8);
-    putWord(image, 106, 15);
+    std::memcpy(image.data() + Input(0x100C), id.constData(), 16);
+    putWord(image, Holding(0x1034), 8);
+    putWord(image, Holding(0x1035), 15);
     for (int i = 0; i < 12; ++i)
-        putWord(image, 108 + 2 * i, i + 1);
-    putWord(image, 134, 4);
-    putWord(image, 136, 30);
+        putWord(image, Holding(0x1036) + 2 * i, i + 1);
+    putWord(image, Holding(0x1043), 4);
+    putWord(image, Holding(0x1044), 30);
     for (int i = 0; i < 8; ++i)
-        putWord(image, 138 + 2 * i, 14 - i);
-    putWord(image, 552, 1440);
-    putWord(image, 554, 65535);
-    putWord(image, 556, 4000);
-    putWord(image, 558, 2000);
-    putWord(image, 560, 7);
-    putWord(image, 562, 1446);
-    putWord(image, 476, 5);
-    putWord(image, 478, 1);
+        putWord(image, Holding(0x1045) + 2 * i, 14 - i);
+    putWord(image, Input(0x1190), 1440);
+    putWord(image, Input(0x1191), 65535);
+    putWord(image, Input(0x1192), 4000);
+    putWord(image, Input(0x1193), 2000);
+    putWord(image, Input(0x1194), 7);
+    putWord(image, Input(0x1195), 1446);
+    putWord(image, Input(0x10C4), 5);
+    putWord(image, Input(0x10C5), 1);
     return image;
 }
 
@@ -70,16 +76,14 @@ QByteArray craftedImage()
 class RealTimeDisplayTest : public QObject {
     Q_OBJECT
 private slots:
-    void init()
-    {
-        m_screen.texts.clear();
-        m_screen.SetText(QStringLiteral("Combo_LP_Read_Group_Sel"), QStringLiteral("1"));
-    }
+    void init() { m_screen.texts.clear(); }
 
     void measurementsLandInTheirElements()
     {
-        RealTimeDisplay display(m_screen);
-        display.ShowRealTimeData(craftedImage(), 1440);
+        show(craftedImage());
+        QCOMPARE(m_reading.current[3], 8.25);
+        QCOMPARE(m_reading.reactivePower[2], -2.5);
+        QCOMPARE(m_reading.fresh, unsigned(MeterReading::RealTimeImage));
         const auto& t = m_screen.texts;
         QCOMPARE(t["txt_V_N(0)"], "230.00000");
         QCOMPARE(t["txt_V_N(3)"], "233.00000");
@@ -99,8 +103,7 @@ private slots:
 
     void clockIdentificationAndStatus()
     {
-        RealTimeDisplay display(m_screen);
-        display.ShowRealTimeData(craftedImage(), 1440);
+        show(craftedImage());
         const auto& t = m_screen.texts;
         QCOMPARE(t["Text5"], "2010/6/5 8:9:7");
         QCOMPARE(t["Text3"], "QX5820  SN004217");
@@ -112,29 +115,27 @@ private slots:
         QCOMPARE(t["Text_Valid_int_num(0)"], "1440");
         QCOMPARE(t["Text_Valid_int_num(1)"], "65535");
         QCOMPARE(t["Text_Max_int_num(1)"], "2000");
-        QCOMPARE(display.LpRecordRange[0], 7.0);
-        QCOMPARE(display.LpRecordRange[1], 1446.0);
+        QCOMPARE(m_reading.recordRange[0], 7);
+        QCOMPARE(m_reading.recordRange[1], 1446);
         QCOMPARE(t["txt_Wiring"], "3P4W");
         QCOMPARE(t["txt_Phasor"], "ABC");
-        QVERIFY(!t.contains("Text6")); // the lists are built for 1440: no warning
     }
 
     void zeroYearAndUnknownCodes()
     {
         QByteArray image = craftedImage();
-        putWord(image, 70, 0);
-        RealTimeDisplay display(m_screen);
-        display.ShowRealTimeData(image, 1440);
+        putWord(image, Holding(0x1023), 0);
+        show(image);
         QCOMPARE(m_screen.texts["Text5"], "2000/6/5 8:9:7");
 
-        putWord(image, 476, 6); // no text for wiring 6: the last one stays
-        putWord(image, 478, 0);
-        display.ShowRealTimeData(image, 1440);
+        putWord(image, Input(0x10C4), 6); // no text for wiring 6: the last one stays
+        putWord(image, Input(0x10C5), 0);
+        show(image);
         QCOMPARE(m_screen.texts["txt_Wiring"], "3P4W");
         QCOMPARE(m_screen.texts["txt_Phasor"], "error");
-        putWord(image, 476, 3);
-        putWord(image, 478, 2);
-        display.ShowRealTimeData(image, 1440);
+        putWord(image, Input(0x10C4), 3);
+        putWord(image, Input(0x10C5), 2);
+        show(image);
         QCOMPARE(m_screen.texts["txt_Wiring"], "3P3W  2CT");
         QCOMPARE(m_screen.texts["txt_Phasor"], "CBA");
     }
@@ -142,39 +143,27 @@ private slots:
     void displayItemsShownOnceAfterTheyWereSent()
     {
         QByteArray image = craftedImage();
-        putWord(image, 164, 101);     // position 1
-        putWord(image, 166, 50);      // position 2: no such item, no line
-        putWord(image, 168, 12);      // position 3
-        putWord(image, 164 + 98, 141); // position 50
-        RealTimeDisplay display(m_screen);
-        display.ShowRealTimeData(image, 1440);
+        putWord(image, Holding(0x1052), 101);      // position 1
+        putWord(image, Holding(0x1053), 50);       // position 2: no such item, no line
+        putWord(image, Holding(0x1054), 12);       // position 3
+        putWord(image, Holding(0x1052 + 49), 141); // position 50, in the second block
+        show(image);
         QVERIFY(!m_screen.texts.contains("txt_Display_Item"));
-        display.bDisplayItemSent = kTrue;
-        display.ShowRealTimeData(image, 1440);
+        m_display.bDisplayItemSent = kTrue;
+        show(image);
         QCOMPARE(m_screen.texts["txt_Display_Item"],
                  "Display Item  : \r\n1 : Vln_a(101)\r\n3 : Modbus Stop Bit(12)\r\n50 : Demand - kW(141)\r\n");
-        QCOMPARE(display.bDisplayItemSent, kFalse);
-    }
-
-    void warnsWhileTheChosenGroupsListsAreOutOfDate()
-    {
-        RealTimeDisplay display(m_screen);
-        display.ShowRealTimeData(craftedImage(), 1439);
-        QCOMPARE(m_screen.texts["Text6"], "Wait!! Setting 'Start no' & 'Stop no'");
-        m_screen.texts.remove("Text6");
-        m_screen.SetText(QStringLiteral("Combo_LP_Read_Group_Sel"), QStringLiteral("2"));
-        display.ShowRealTimeData(craftedImage(), 65535);
-        QVERIFY(!m_screen.texts.contains("Text6"));
+        QCOMPARE(m_display.bDisplayItemSent, kFalse);
     }
 
     void energyByPhaseWithTotals()
     {
-        QByteArray block(RealTimeDisplay::kEnergySize, '\0');
+        QByteArray block(PollPlan::kBlocks[PollPlan::Energy].dataBytes(), '\0');
         for (int k = 0; k < 5; ++k)
             for (int t = 0; t < 3; ++t)
                 putFloat(block, 12 * k + 4 * t, float(100 * k + t) + 0.5f);
-        RealTimeDisplay display(m_screen);
-        display.ShowEnergyData(block);
+        DecodeEnergy(block, m_reading);
+        m_display.ShowEnergyData(m_reading);
         const auto& s = m_screen.texts;
         QCOMPARE(s["txt_kWh(5)"], "0.5000000");    // kWh delivered, L1
         QCOMPARE(s["txt_kWh(10)"], "1.5000000");   // kWh delivered, L2
@@ -184,7 +173,16 @@ private slots:
     }
 
 private:
+    void show(const QByteArray& image)
+    {
+        m_reading.fresh = 0;
+        DecodeRealTimeImage(image, m_reading);
+        m_display.ShowRealTimeData(m_reading);
+    }
+
     MapScreen m_screen;
+    MeterReading m_reading;
+    RealTimeDisplay m_display{m_screen};
 };
 
 QTEST_GUILESS_MAIN(RealTimeDisplayTest)

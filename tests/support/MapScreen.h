@@ -1,7 +1,8 @@
 #pragma once
 
-#include "loadprofile/IntervalLists.h"
-#include "measure/Screen.h"
+#include "ports/Clock.h"
+#include "ports/IntervalLists.h"
+#include "ports/Screen.h"
 
 #include <QMap>
 #include <QStringList>
@@ -47,4 +48,11 @@ public:
     QString stopText;
     QList<bool> enabledHistory;
     int appendCalls = 0;
+};
+
+// A clock that stands still at `now`.
+class FixedClock : public Clock {
+public:
+    QDateTime Now() const override { return now; }
+    QDateTime now = QDateTime(QDate(2026, 11, 16), QTime(8, 30, 0));
 };

@@ -1,34 +1,44 @@
 #pragma once
 
+#include "MapScreen.h"
 #include "RecordingPrompts.h"
-#include "connection/Connection.h"
+#include "connection/MeterSession.h"
 #include "sim/SimulatedMeterHost.h"
 
 #include <QDateTime>
 
 #include <memory>
 
-// A simulated meter with frozen time and a connection on line to it through its
-// pseudo-terminal, the way the tool reaches it. Ticks and transactions are driven by hand.
+// A simulated meter whose clock stands still, so that what it answers can be predicted.
+inline std::unique_ptr<sim::SimulatedMeterHost> FrozenMeter(bool pacing)
+{
+    auto meter = std::make_unique<sim::SimulatedMeterHost>(sim::MeterModel(
+        7, QDateTime(QDate(2026, 11, 15), QTime(23, 59, 7), Qt::UTC), sim::SimClock::Mode::Frozen));
+    meter->setPacing(pacing);
+    return meter;
+}
+
+// Takes `connection` on line to `meter` through its pseudo-terminal, the way the tool reaches
+// it: address 15, 19200 8N1. The poll timer is stopped: tests run the ticks themselves.
+inline bool GoOnLineTo(sim::SimulatedMeterHost& meter, Connection& connection)
+{
+    connection.SetPortEntries(PortCatalog::Build({}));
+    connection.simulatedMeterDevice = [&meter](QString* error) { return meter.startedDevice(error); };
+    connection.Combo_CommPort_Click(PortCatalog::kNumberedPorts); // the simulated meter
+    connection.SetSettings(QStringLiteral("19200,n,8,1"));
+    connection.link.ModbusAddress = 15;
+    connection.On_Line_Click(QStringLiteral("15"));
+    connection.Timer1Sec.stop();
+    return connection.bOnLine.isTrue();
+}
+
+// A connection on line to a simulated meter, for the register transactions.
 struct MeterOnLine {
     bool begin(bool pacing = true)
     {
-        meter = std::make_unique<sim::SimulatedMeterHost>(sim::MeterModel(
-            7, QDateTime(QDate(2026, 11, 15), QTime(23, 59, 7), Qt::UTC), sim::SimClock::Mode::Frozen));
-        meter->setPacing(pacing);
+        meter = FrozenMeter(pacing);
         connection = std::make_unique<Connection>(prompts);
-        connection->SetPortEntries(PortCatalog::Build({}));
-        connection->simulatedMeterDevice = [this](QString* error) {
-            const auto started = meter->start();
-            *error = started.error;
-            return started.path;
-        };
-        connection->Combo_CommPort_Click(PortCatalog::kNumberedPorts); // the simulated meter
-        connection->SetSettings(QStringLiteral("19200,n,8,1"));
-        connection->link.ModbusAddress = 15;
-        connection->On_Line_Click(QStringLiteral("15"));
-        connection->Timer1Sec.stop(); // tests run the ticks themselves
-        return connection->bOnLine.isTrue();
+        return GoOnLineTo(*meter, *connection);
     }
 
     RegisterLink& link() { return connection->link; }
@@ -36,4 +46,23 @@ struct MeterOnLine {
     RecordingPrompts prompts;
     std::unique_ptr<sim::SimulatedMeterHost> meter;
     std::unique_ptr<Connection> connection;
+};
+
+// A whole meter session on line to a simulated meter, presented on a map of texts: what a
+// command-line front end would run.
+struct SessionOnLine {
+    bool begin(bool pacing = false)
+    {
+        screen.SetText(QStringLiteral("Combo_LP_Read_Group_Sel"), QStringLiteral("1"));
+        meter = FrozenMeter(pacing);
+        session = std::make_unique<MeterSession>(SessionPorts{screen, prompts, lists, clock});
+        return GoOnLineTo(*meter, session->connection);
+    }
+
+    MapScreen screen;
+    RecordingPrompts prompts;
+    RecordingLists lists;
+    FixedClock clock;
+    std::unique_ptr<sim::SimulatedMeterHost> meter;
+    std::unique_ptr<MeterSession> session;
 };

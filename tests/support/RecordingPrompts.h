@@ -1,6 +1,6 @@
 #pragma once
 
-#include "connection/OperatorPrompts.h"
+#include "ports/OperatorPrompts.h"
 
 #include <QStringList>
 
@@ -11,6 +11,12 @@ public:
     bool AskYesNo(const QString& text) override
     {
         questions.append(text);
+        return answerYes;
+    }
+
+    bool Confirm(const QString& caption, const QString& question) override
+    {
+        questions.append(caption + QStringLiteral(": ") + question);
         return answerYes;
     }
 

@@ -43,8 +43,10 @@ private slots:
         QFETCH(bool, confirmed);
         QWidget owner;
         QString question;
+        QString caption;
         WhenShown([&](Dialog_Clr_kWh* dialog) {
             question = dialog->Label1->text();
+            caption = dialog->windowTitle();
             switch (answer) {
             case 0: dialog->OKButton->click(); break;
             case 1: dialog->CancelButton->click(); break;
@@ -52,8 +54,9 @@ private slots:
             default: QTest::keyClick(dialog, Qt::Key_Escape); break;
             }
         });
-        QCOMPARE(Dialog_Clr_kWh::confirm(&owner, "Clear all total kWh？"), confirmed);
+        QCOMPARE(Dialog_Clr_kWh::confirm(&owner, "Clear kWh", "Clear all total kWh？"), confirmed);
         QCOMPARE(question, QStringLiteral("Clear all total kWh？"));
+        QCOMPARE(caption, QStringLiteral("Clear kWh"));
     }
 
     void eachShowingStartsUnconfirmed()

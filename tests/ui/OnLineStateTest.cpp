@@ -1,6 +1,7 @@
 // The window going on line and off line: what start-up selected, the faces of both states,
 // the controls that follow them, port errors, and closing the window while the line is busy.
-#include "ui/FormBinding.h"
+#include "connection/MeterSession.h"
+#include "sim/SimulatedMeterHost.h"
 #include "ui/MainForm.h"
 
 #include <QApplication>
@@ -41,6 +42,9 @@ private slots:
     void init()
     {
         m_form = std::make_unique<MainForm>();
+        m_form->session().connection.simulatedMeterDevice = [this](QString* error) {
+            return m_meter.startedDevice(error);
+        };
         m_form->Form_Load();
         m_errors.clear();
     }
@@ -48,12 +52,12 @@ private slots:
 
     void startUpSelectionsReachTheConnection()
     {
-        const Connection& connection = m_form->binding().connection;
+        const Connection& connection = m_form->session().connection;
         QCOMPARE(connection.PortNumber(), 3);
         QCOMPARE(connection.Settings(), QStringLiteral("19200,n,8,1"));
         QCOMPARE(connection.link.ModbusAddress, qint16(15));
         QVERIFY(!connection.Timer1Sec.isActive());
-        QVERIFY(!m_form->binding().download.Timer_RS_Lpf.isActive());
+        QVERIFY(!m_form->session().download.Timer_RS_Lpf.isActive());
     }
 
     void onLineAndOffLineFaces()
@@ -64,7 +68,7 @@ private slots:
         QCOMPARE(f.Text_Max_int_num(1)->text(), QStringLiteral("100"));
         f.ChooseSimulatedMeter();
         f.On_Line->click();
-        QVERIFY(f.binding().connection.bOnLine.isTrue());
+        QVERIFY(f.session().connection.bOnLine.isTrue());
         QCOMPARE(f.On_Line->text(), QStringLiteral("OFF Line"));
         QCOMPARE(f.txt_Online->text(), QStringLiteral("On Line"));
         QCOMPARE(f.txt_Online->palette().color(QPalette::Base), QColor(0x80, 0xFF, 0x80));
@@ -77,9 +81,10 @@ private slots:
         QVERIFY(f.Command11->isEnabled()); // its start-up state, until the first change to off line
 
         f.On_Line->click();
-        QVERIFY(!f.binding().connection.bOnLine.isTrue());
+        QVERIFY(!f.session().connection.bOnLine.isTrue());
         QCOMPARE(f.On_Line->text(), QStringLiteral("On Line"));
         QCOMPARE(f.txt_Online->text(), QStringLiteral("Off Line"));
+        QCOMPARE(f.txt_OffLineReason->text(), QString()); // the operator asked for it
         QCOMPARE(f.txt_Online->palette().color(QPalette::Base), QColor(0xFF, 0xC0, 0xC0));
         QVERIFY(f.Combo_CommPort->isEnabled());
         for (const char* name : kMeterControls)
@@ -87,7 +92,7 @@ private slots:
         QVERIFY(!f.Command11->isEnabled());
 
         f.On_Line->click();
-        QVERIFY(f.binding().connection.bOnLine.isTrue());
+        QVERIFY(f.session().connection.bOnLine.isTrue());
         QVERIFY(!f.Command11->isEnabled()); // nothing enables it again
     }
 
@@ -95,12 +100,12 @@ private slots:
     {
         m_form->ChooseSimulatedMeter();
         m_form->On_Line->click();
-        const QString device = m_form->binding().connection.port.Device();
+        const QString device = m_form->session().connection.port.Device();
         QVERIFY(!TwoStopBitsOn(device));
         m_form->Combo_StopBit->setCurrentIndex(1);
-        QCOMPARE(m_form->binding().connection.Settings(), QStringLiteral("19200,n,8,2"));
+        QCOMPARE(m_form->session().connection.Settings(), QStringLiteral("19200,n,8,2"));
         QVERIFY(TwoStopBitsOn(device));
-        QVERIFY(m_form->binding().connection.bOnLine.isTrue());
+        QVERIFY(m_form->session().connection.bOnLine.isTrue());
     }
 
     void aPortThatCannotOpenIsReported()
@@ -111,7 +116,8 @@ private slots:
         QCOMPARE(m_errors, QStringList{QStringLiteral("Error: Comm Port Error！")});
         QVERIFY2(m_form->Text6->text().startsWith(QStringLiteral("Comm Port Error: /dev/ttyS14: ")),
                  qPrintable(m_form->Text6->text())); // the status line says which port and why
-        QVERIFY(!m_form->binding().connection.bOnLine.isTrue());
+        QCOMPARE(m_form->txt_OffLineReason->text(), m_form->Text6->text());
+        QVERIFY(!m_form->session().connection.bOnLine.isTrue());
         QVERIFY(!m_form->Command11->isEnabled()); // the error takes the off-line path too
     }
 
@@ -124,11 +130,11 @@ private slots:
         f.On_Line->click();
         bool tickReturned = false;
         QTimer::singleShot(30, &f, [&f] { f.close(); });
-        f.binding().poll.Timer1Sec_Timer();
+        f.session().poll.Timer1Sec_Timer();
         tickReturned = true;
         QVERIFY(tickReturned);
-        QVERIFY(!f.binding().connection.bOnLine.isTrue());
-        QVERIFY(!f.binding().connection.Timer1Sec.isActive());
+        QVERIFY(!f.session().connection.bOnLine.isTrue());
+        QVERIFY(!f.session().connection.Timer1Sec.isActive());
         QVERIFY(!f.isVisible());
     }
 
@@ -147,6 +153,7 @@ private:
         });
     }
 
+    sim::SimulatedMeterHost m_meter; // outlives the window that talks to it
     std::unique_ptr<MainForm> m_form;
     QStringList m_errors;
 };

@@ -3,7 +3,8 @@
 #include <QtGlobal>
 
 // The download's start and stop lists, which always hold the same entries "1", "2", ...
-// The window implements it over its two combo boxes, adding many entries in one batch.
+// The window implements it over its two combo boxes, adding many entries in one batch; a
+// front end without lists may ignore it.
 class IntervalLists {
 public:
     virtual ~IntervalLists() = default;

@@ -1,0 +1,35 @@
+#include "connection/TextNumbers.h"
+
+#include <QRegularExpression>
+
+#include <cmath>
+
+double LeadingValue(const QString& text)
+{
+    static const QRegularExpression number(
+        QStringLiteral("^\\s*[+-]?(\\d+\\.?\\d*|\\.\\d+)([eE][+-]?\\d+)?"));
+    const QRegularExpressionMatch match = number.match(text);
+    return match.hasMatch() ? match.captured(0).trimmed().toDouble() : 0.0;
+}
+
+std::optional<double> NumericValue(const QString& text)
+{
+    bool ok = false;
+    const double value = text.trimmed().toDouble(&ok);
+    return ok && std::isfinite(value) ? std::optional<double>(value) : std::nullopt;
+}
+
+std::optional<qint16> WholeNumber16(double value)
+{
+    // nearbyint rounds in the default mode, to nearest with halves to even.
+    const double whole = std::nearbyint(value);
+    if (!(whole >= -32768.0 && whole <= 32767.0))
+        return std::nullopt;
+    return qint16(whole);
+}
+
+std::optional<qint16> WholeNumberOf(const QString& text)
+{
+    const auto value = NumericValue(text);
+    return value ? WholeNumber16(*value) : std::nullopt;
+}
