@@ -78,6 +78,12 @@ QWidget* MainForm::BuildConnectionFrame()
     SetBackground(txt_Online, kOffLineColour);
     txt_OffLineReason = TextReadout(QStringLiteral("txt_OffLineReason"), QStringLiteral("Why the tool went off line"));
     txt_OffLineReason->setMinimumWidth(txt_OffLineReason->fontMetrics().averageCharWidth() * 48);
+    // A note beside the state rather than a field: empty while all is well.
+    txt_OffLineReason->setFrame(false);
+    QPalette note = txt_OffLineReason->palette();
+    note.setColor(QPalette::Base, palette().color(QPalette::Window));
+    note.setColor(QPalette::Text, QColor(0xA0, 0x00, 0x00));
+    txt_OffLineReason->setPalette(note);
 
     auto* frame = new QGroupBox(QStringLiteral("Connection"));
     auto* row = new QHBoxLayout(frame);

@@ -21,8 +21,11 @@ void WidgetScreen::SetText(const QString& control, const QString& text)
 {
     QWidget* widget = Find(control);
     if (auto* line = qobject_cast<QLineEdit*>(widget)) {
-        if (line->text() != text) // unchanged readings cost no repaint
+        if (line->text() != text) { // unchanged readings cost no repaint
             line->setText(text);
+            line->setCursorPosition(0); // a text longer than its field shows its start
+            line->setToolTip(line->width() < line->fontMetrics().horizontalAdvance(text) ? text : QString());
+        }
     } else if (auto* box = qobject_cast<QPlainTextEdit*>(widget)) {
         box->setPlainText(QString(text).remove(QLatin1Char('\r')));
     } else if (auto* list = qobject_cast<QComboBox*>(widget)) {
