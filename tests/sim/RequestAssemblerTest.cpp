@@ -1,18 +1,17 @@
-// How the meter cuts received bytes into request frames and drops garbage.
+// How the meter cuts received bytes into request frames and drops garbage, and how much of
+// what it understood it keeps in its request log.
 
-#include "MeterLineClient.h"
+#include "MeterLine.h"
 
 #include "sim/RequestAssembler.h"
-
-#include <QtTest>
 
 using namespace sim;
 
 namespace {
 
-const QByteArray kRead = MeterLineClient::withCrc(MeterLineClient::read(15, 3, 0x1000, 10));
-const QByteArray kWrite = MeterLineClient::withCrc(MeterLineClient::writeMultiple(15, 0x1034, {8, 15, 1}));
-const QByteArray kUnknown = MeterLineClient::withCrc(QByteArray::fromHex("0f2b0e0100"));
+const QByteArray kRead = WithCrc(Body(15, 3, {0x1000, 10}));
+const QByteArray kWrite = WithCrc(Body(15, 16, {0x1034, 3}) + QByteArray::fromHex("06 0008 000f 0001"));
+const QByteArray kUnknown = WithCrc(QByteArray::fromHex("0f2b0e0100"));
 
 QList<QByteArray> framesOf(const QList<ReceivedFrame>& frames)
 {
@@ -40,15 +39,6 @@ private slots:
         QVERIFY(!assembler.silence());
     }
 
-    void unknownFunctionsEndAtSilence()
-    {
-        RequestAssembler assembler;
-        QVERIFY(assembler.append(kUnknown, SteadyClock::now()).isEmpty());
-        const std::optional<ReceivedFrame> frame = assembler.silence();
-        QVERIFY(frame);
-        QCOMPARE(frame->bytes, kUnknown);
-    }
-
     void garbageIsDroppedUntilSilence_data()
     {
         QTest::addColumn<QByteArray>("garbage");
@@ -66,6 +56,20 @@ private slots:
         QVERIFY(assembler.append(garbage, now).isEmpty() && assembler.append(kRead, now).isEmpty());
         QVERIFY(!assembler.silence());
         QCOMPARE(framesOf(assembler.append(kRead, now)), QList<QByteArray>{kRead});
+    }
+
+    // A meter left running for days keeps only the latest requests.
+    void logKeepsTheLatestRequests()
+    {
+        RequestLog log;
+        const SteadyTime now = SteadyClock::now();
+        for (int i = 0; i < RequestLog::kKept + 10; ++i)
+            log.append(QByteArray(8, char(i)), now);
+        const QList<LoggedRequest> entries = log.take();
+        QCOMPARE(entries.size(), RequestLog::kKept);
+        QCOMPARE(entries.first().sequence, quint64(11));
+        QVERIFY(log.entries().isEmpty());
+        QCOMPARE(log.append(QByteArray(8, '\0'), now), quint64(RequestLog::kKept + 11));
     }
 };
 
