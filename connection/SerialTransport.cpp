@@ -1,5 +1,7 @@
 #include "connection/SerialTransport.h"
 
+#include <QFileInfo>
+
 SerialTransport::SerialTransport(QObject* parent) : Transport(parent)
 {
     connect(&m_port, &QSerialPort::readyRead, this, &Transport::dataArrived);
@@ -11,14 +13,9 @@ bool SerialTransport::isOpen() const
     return m_port.isOpen();
 }
 
-qsizetype SerialTransport::bytesWaiting() const
-{
-    return m_port.bytesAvailable();
-}
-
 QByteArray SerialTransport::takeAll()
 {
-    return m_port.readAll();
+    return m_port.isOpen() ? m_port.readAll() : QByteArray();
 }
 
 void SerialTransport::discardInput()
@@ -33,10 +30,21 @@ void SerialTransport::send(const QByteArray& frame)
     m_port.flush();
 }
 
+std::chrono::nanoseconds SerialTransport::characterTime() const
+{
+    constexpr qint64 kBitsPerCharacter = 10; // start, 8 data, stop: the fewest a character has
+    if (m_pseudoTerminal || m_port.baudRate() <= 0)
+        return std::chrono::nanoseconds::zero();
+    return std::chrono::nanoseconds(kBitsPerCharacter * 1'000'000'000 / m_port.baudRate());
+}
+
 bool SerialTransport::open(const QString& device, const LineSettings& settings, QString* error)
 {
     close();
     m_device = device;
+    // Whatever the far end of a pseudo-terminal writes arrives at once, at any baud rate set
+    // on it (the simulated meter without pacing, a libmodbus peer): there is no wire.
+    m_pseudoTerminal = QFileInfo(device).canonicalFilePath().startsWith(QLatin1String("/dev/pts/"));
     m_port.setPortName(device);
     if (!m_port.open(QIODevice::ReadWrite)) {
         *error = m_port.errorString();

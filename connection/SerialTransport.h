@@ -13,10 +13,10 @@ public:
     explicit SerialTransport(QObject* parent = nullptr);
 
     bool isOpen() const override;
-    qsizetype bytesWaiting() const override;
     QByteArray takeAll() override;
     void discardInput() override;
     void send(const QByteArray& frame) override;
+    std::chrono::nanoseconds characterTime() const override;
 
     // Opens `device` with `settings`; on failure leaves the port closed and returns why.
     bool open(const QString& device, const LineSettings& settings, QString* error);
@@ -31,4 +31,5 @@ private:
 
     QSerialPort m_port;
     QString m_device;
+    bool m_pseudoTerminal = false;
 };

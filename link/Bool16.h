@@ -2,9 +2,9 @@
 
 #include <QtGlobal>
 
-// Every flag of the tool is a 16-bit integer: True is -1 and False is 0, as the meter's
-// original firmware tools stored them. Keeping the representation lets the flags be
-// compared, logged and tested exactly as the tool's state tables describe them.
+// Every flag of the tool is a 16-bit integer: True is -1 (all bits set) and False is 0. Flags
+// are compared as numbers, with kTrue and kFalse and with one another, so a flag set from a
+// bool goes through toBool16: a 1 would be neither.
 using Bool16 = qint16;
 
 inline constexpr Bool16 kTrue = -1;

@@ -7,8 +7,20 @@
 
 #include <cmath>
 
+namespace {
+
+constexpr std::chrono::milliseconds kReplyTimeout{RegisterLink::kReplyTimeoutMs};
+constexpr std::chrono::milliseconds kFrameGap{RegisterLink::kFrameGapMs};
+
+} // namespace
+
 RegisterLink::RegisterLink(Transport& line, const WatchedFlag& bOnLine, QObject* parent)
-    : QObject(parent), m_line(line), m_onLine(bOnLine)
+    : RegisterLink(line, bOnLine, EventLoopClock(), parent)
+{
+}
+
+RegisterLink::RegisterLink(Transport& line, const WatchedFlag& bOnLine, LinkClock& clock, QObject* parent)
+    : QObject(parent), m_line(line), m_onLine(bOnLine), m_clock(clock)
 {
 }
 
@@ -69,7 +81,6 @@ TransactionOutcome RegisterLink::Transact(const qint16& address, bool isRead)
             bWaiting = kFalse;
             return outcome;
         }
-        m_line.discardInput();
     }
     emit statusText(QStringLiteral("Communication Error! Retry %1 times!").arg(kAttempts));
     bWaiting = kFalse;
@@ -78,42 +89,122 @@ TransactionOutcome RegisterLink::Transact(const qint16& address, bool isRead)
     return TransactionOutcome::Failed;
 }
 
+// Why a reply to an earlier request is never taken for this one's. A meter may answer late:
+// after our two seconds, while we retry, and then answer the retry as well, so that two
+// replies of the same length come back to back. Two rules keep them apart:
+//   - The request goes out only after kFrameGapMs of silence since the last byte received;
+//     whatever arrives meanwhile is dropped and the silence starts again. So the bytes of
+//     an earlier reply that were on the line before the request are not in its reply buffer.
+//   - A reply cannot be whole before the request and the reply itself have crossed the wire,
+//     (request + reply length) × the character time after the send. Bytes that complete the
+//     awaited length sooner began before the request went out, or were held up by the
+//     driver: they are the end of an earlier reply and are dropped. This also catches a
+//     meter that starts its next late reply just after the silence ended.
+// Anything misaligned that is left (part of an earlier reply in front of ours) fails the
+// address or CRC check. On a pseudo-terminal the character time is zero and only the first
+// rule holds: nothing there sends a reply late.
 TransactionOutcome RegisterLink::Attempt(const qint16& address, bool isRead)
 {
     if (quint8(TxFrame.at(0)) != quint8(address & 0xFF)) {
         TxFrame[0] = char(address & 0xFF);
         Rtu::Seal(crc, TxFrame);
     }
-    WaitSince(LastRxTime, kFrameGapMs, m_onLine);
-    if (!m_line.isOpen() || !m_onLine.isTrue())
+    if (!AwaitSilence() || !StillConnected())
         return TransactionOutcome::Abandoned;
     m_line.discardInput();
+    const LinkClock::Time sentAt = m_clock.now();
     m_line.send(TxFrame);
+    m_earliestReplyEnd = sentAt + (TxFrame.size() + ExpectedLen) * m_line.characterTime();
 
-    const bool arrived = WaitUntil([this] { return ReplyArrived(); }, kReplyTimeoutMs, m_onLine, m_line);
-    if (!m_line.isOpen() || !m_onLine.isTrue())
+    const Reception reception = AwaitReply(sentAt + kReplyTimeout);
+    if (reception == Reception::Cut || !StillConnected())
         return TransactionOutcome::Abandoned;
-    if (!arrived)
+    if (reception == Reception::TimedOut)
         return TransactionOutcome::Failed;
-
-    const QByteArray reply = m_line.takeAll();
-    LastRxTime = timeGetTime();
-    if (quint8(reply.at(0)) != quint8(ModbusAddress & 0xFF)) {
+    if (quint8(m_rx.at(0)) != quint8(ModbusAddress & 0xFF)) {
         emit statusText(QStringLiteral("Address Error"));
         return TransactionOutcome::Failed;
     }
-    if (!Rtu::CrcMatches(crc, reply, ExpectedLen)) {
+    if (!Rtu::CrcMatches(crc, m_rx, ExpectedLen)) {
         emit statusText(QStringLiteral("CRC Error"));
         return TransactionOutcome::Failed;
     }
     if (isRead)
-        StoreReadData(reply);
+        StoreReadData(m_rx);
     return TransactionOutcome::Good;
 }
 
-bool RegisterLink::ReplyArrived() const
+bool RegisterLink::StillConnected() const
 {
-    return m_line.bytesWaiting() >= ExpectedLen;
+    return m_line.isOpen() && m_onLine.isTrue();
+}
+
+// False when the wait was cut short: off line, the port closed, or the application quitting.
+bool RegisterLink::Wait(LinkClock::Time deadline)
+{
+    return StillConnected() && m_clock.waitUntil(deadline, m_onLine, &m_line) && StillConnected();
+}
+
+// Moves what the line received into m_rx and notes when it came.
+bool RegisterLink::TakeArrivals()
+{
+    const QByteArray bytes = m_line.takeAll();
+    if (bytes.isEmpty())
+        return false;
+    m_rx += bytes;
+    m_lastByteAt = m_clock.now();
+    LastRxTime = quint32(std::chrono::duration_cast<std::chrono::milliseconds>(m_lastByteAt).count());
+    return true;
+}
+
+// The silence before a request, to the nanosecond: the request may go as soon as kFrameGapMs
+// have passed since the last byte, not at the next whole millisecond of a counter.
+bool RegisterLink::AwaitSilence()
+{
+    for (;;) {
+        TakeArrivals();
+        m_rx.clear();
+        const LinkClock::Time quiet = m_lastByteAt + kFrameGap;
+        if (m_clock.now() >= quiet)
+            return true;
+        if (!Wait(quiet))
+            return false;
+    }
+}
+
+RegisterLink::Reception RegisterLink::AwaitReply(LinkClock::Time deadline)
+{
+    for (;;) {
+        if (TakeArrivals() && ReplyComplete())
+            return Reception::Complete;
+        if (m_clock.now() >= deadline)
+            return Reception::TimedOut;
+        if (!Wait(deadline))
+            return Reception::Cut;
+    }
+}
+
+// Whether m_rx now holds a reply to judge (address and CRC), with the echo and stale rules.
+bool RegisterLink::ReplyComplete()
+{
+    // A 2-wire adapter hands our own request back ahead of the reply: once more follows, the
+    // reply is behind it.
+    if (m_rx.size() > TxFrame.size() && m_rx.startsWith(TxFrame))
+        m_rx.remove(0, TxFrame.size());
+    if (m_rx.size() < ExpectedLen)
+        return false;
+    const bool onlyOurEcho = TxFrame.startsWith(m_rx);
+    if (m_lastByteAt < m_earliestReplyEnd) {
+        // Too soon for a reply to this request: our echo stays, its reply follows; anything
+        // else is the end of an earlier reply (see Attempt).
+        if (!onlyOurEcho)
+            m_rx.clear();
+        return false;
+    }
+    // What is still only our echo, or its start, is judged only as a whole valid frame: a
+    // function-6 reply is identical to its request, while the first 8 bytes of a function-16
+    // echo would pass for a reply with a bad CRC.
+    return !onlyOurEcho || Rtu::CrcMatches(crc, m_rx, ExpectedLen);
 }
 
 void RegisterLink::StoreReadData(const QByteArray& reply)

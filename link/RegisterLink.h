@@ -2,6 +2,7 @@
 
 #include "link/Bool16.h"
 #include "link/Crc16.h"
+#include "link/LinkClock.h"
 
 #include <QByteArray>
 #include <QList>
@@ -25,16 +26,23 @@ enum class TransactionOutcome {
 //
 // The address argument is taken by reference on purpose: callers pass `ModbusAddress`, and an
 // address the operator changes while a transaction is retrying is used from the next attempt.
+//
+// A request goes out only after kFrameGapMs of silence since the last byte received, and a
+// reply is taken only if it could have come in answer to it: see RegisterLink.cpp.
 class RegisterLink : public QObject {
     Q_OBJECT
 public:
     static constexpr int kAttempts = 5;
-    // Reply time-out of one attempt: 200 looks, 10 ms apart.
+    // Reply wait of one attempt, from the request's send: 200 looks × 10 ms = 2 s.
     static constexpr qint32 kReplyTimeoutMs = 200 * 10;
-    // Minimum silence between the end of a reply and the next request.
+    // Silence kept between the last byte received and the next request. The meter ends a
+    // request after 3.5 characters of silence, at most 3.5 × 11 bits / 9600 baud = 4.0 ms on
+    // the slowest line the tool sets up; 12 ms is three times that.
     static constexpr qint32 kFrameGapMs = 12;
 
     RegisterLink(Transport& line, const WatchedFlag& bOnLine, QObject* parent = nullptr);
+    // The same on another clock: tests run the link on virtual time.
+    RegisterLink(Transport& line, const WatchedFlag& bOnLine, LinkClock& clock, QObject* parent = nullptr);
 
     TransactionOutcome ReadRegisters(const qint16& address, quint8 function, quint16 start, quint16 count);
     TransactionOutcome WriteSingleRegister(const qint16& address, quint16 reg, quint16 value);
@@ -42,8 +50,9 @@ public:
     TransactionOutcome WriteRegisters(const qint16& address, quint16 start, quint16 count, const QByteArray& data);
     // Writes each value as an IEEE-754 single over two registers (see Rtu::SingleToBytes).
     TransactionOutcome WriteFloatRegisters(const qint16& address, quint16 start, const QList<double>& values);
-    // Like WriteRegisters, given a byte count: it is halved (halves to even) into a register
-    // count and handed back halved, as callers of this routine expect.
+    // Like WriteRegisters, given the number of data bytes instead of registers. The count is
+    // turned into registers (halved, halves to even) in the caller's own variable, which is
+    // taken by reference: after the call the caller holds the register count that was sent.
     TransactionOutcome WriteRegisters2(const qint16& address, quint16 start, qint16& count, const QByteArray& data);
 
     void BuildCrcTables() { crc.BuildCrcTables(); }
@@ -55,6 +64,7 @@ public:
     QByteArray TxFrame;
     QByteArray RxData = QByteArray(1, '\0');
     qint16 ExpectedLen = 0;
+    // When the last byte was received from the line (a timeGetTime value on the tool's clock).
     quint32 LastRxTime = 0;
     Bool16 bWaiting = kFalse;
     Bool16 bCommOK = kFalse;
@@ -70,11 +80,22 @@ signals:
     void gaveUp();
 
 private:
+    enum class Reception { Complete, TimedOut, Cut };
+
     TransactionOutcome Transact(const qint16& address, bool isRead);
     TransactionOutcome Attempt(const qint16& address, bool isRead);
-    bool ReplyArrived() const;
+    bool StillConnected() const;
+    bool Wait(LinkClock::Time deadline);
+    bool TakeArrivals();
+    bool AwaitSilence();
+    Reception AwaitReply(LinkClock::Time deadline);
+    bool ReplyComplete();
     void StoreReadData(const QByteArray& reply);
 
     Transport& m_line;
     const WatchedFlag& m_onLine;
+    LinkClock& m_clock;
+    QByteArray m_rx;                      // bytes received since the request went out
+    LinkClock::Time m_lastByteAt{};       // LastRxTime to the nanosecond
+    LinkClock::Time m_earliestReplyEnd{}; // the soonest a reply to the request can be whole
 };

@@ -7,6 +7,8 @@
 #include <QEventLoop>
 #include <QTimer>
 
+#include <algorithm>
+
 namespace {
 
 const QElapsedTimer& processClock()
@@ -19,28 +21,34 @@ const QElapsedTimer& processClock()
     return clock;
 }
 
-// Runs a nested event loop until `ms` have passed, the flag changes, or the wake signal
-// fires. Returns false when the loop was ended from outside (the application is quitting),
-// so that callers stop waiting instead of spinning on loops that return at once.
-bool sleepInEventLoop(qint32 ms, const WatchedFlag& flag, const Transport* line)
-{
-    QEventLoop loop;
-    bool woken = false;
-    const auto wake = [&loop, &woken] {
-        woken = true;
-        loop.quit();
-    };
-    QTimer timer;
-    timer.setSingleShot(true);
-    timer.setTimerType(Qt::PreciseTimer);
-    QObject::connect(&timer, &QTimer::timeout, &loop, wake);
-    QObject::connect(&flag, &WatchedFlag::changed, &loop, wake);
-    if (line != nullptr)
-        QObject::connect(line, &Transport::dataArrived, &loop, wake);
-    timer.start(qMax(ms, 0));
-    loop.exec();
-    return woken;
-}
+class NestedLoopClock final : public LinkClock {
+public:
+    Time now() const override { return Time(processClock().nsecsElapsed()); }
+
+    // Runs a nested event loop until the deadline, a change of the flag or data on the line.
+    // Returns false when the loop was ended from outside (the application is quitting), so
+    // that callers stop waiting instead of spinning on loops that return at once.
+    bool waitUntil(Time deadline, const WatchedFlag& flag, const Transport* line) override
+    {
+        QEventLoop loop;
+        bool woken = false;
+        const auto wake = [&loop, &woken] {
+            woken = true;
+            loop.quit();
+        };
+        QTimer timer;
+        timer.setSingleShot(true);
+        timer.setTimerType(Qt::PreciseTimer);
+        QObject::connect(&timer, &QTimer::timeout, &loop, wake);
+        QObject::connect(&flag, &WatchedFlag::changed, &loop, wake);
+        if (line != nullptr)
+            QObject::connect(line, &Transport::dataArrived, &loop, wake);
+        // The timer counts whole milliseconds: rounded up, it never fires before the deadline.
+        timer.start(std::chrono::ceil<std::chrono::milliseconds>(std::max(deadline - now(), Time::zero())));
+        loop.exec();
+        return woken;
+    }
+};
 
 qint32 remaining(quint32 start, qint32 ms)
 {
@@ -50,6 +58,12 @@ qint32 remaining(quint32 start, qint32 ms)
 
 } // namespace
 
+LinkClock& EventLoopClock()
+{
+    static NestedLoopClock clock;
+    return clock;
+}
+
 quint32 timeGetTime()
 {
     return static_cast<quint32>(processClock().elapsed());
@@ -57,8 +71,9 @@ quint32 timeGetTime()
 
 void WaitSince(quint32 start, qint32 ms, const WatchedFlag& keepWaiting)
 {
+    LinkClock& clock = EventLoopClock();
     for (qint32 left = remaining(start, ms); left > 0 && keepWaiting.isTrue(); left = remaining(start, ms)) {
-        if (!sleepInEventLoop(left, keepWaiting, nullptr))
+        if (!clock.waitUntil(clock.now() + std::chrono::milliseconds(left), keepWaiting, nullptr))
             return;
     }
 }
@@ -66,16 +81,4 @@ void WaitSince(quint32 start, qint32 ms, const WatchedFlag& keepWaiting)
 void Delay(qint32 ms, const WatchedFlag& keepWaiting)
 {
     WaitSince(timeGetTime(), ms, keepWaiting);
-}
-
-bool WaitUntil(const std::function<bool()>& done, qint32 ms, const WatchedFlag& keepWaiting,
-               const Transport& line)
-{
-    const quint32 start = timeGetTime();
-    for (qint32 left = remaining(start, ms); !done() && left > 0 && keepWaiting.isTrue();
-         left = remaining(start, ms)) {
-        if (!sleepInEventLoop(left, keepWaiting, &line))
-            break;
-    }
-    return done();
 }
