@@ -89,20 +89,21 @@ TransactionOutcome RegisterLink::Transact(const qint16& address, bool isRead)
     return TransactionOutcome::Failed;
 }
 
-// Why a reply to an earlier request is never taken for this one's. A meter may answer late:
-// after our two seconds, while we retry, and then answer the retry as well, so that two
-// replies of the same length come back to back. Two rules keep them apart:
+// Why a reply to an earlier request is not taken for this one's. A meter may answer late,
+// after our two seconds, while we retry, and then answer the retry as well: two replies of
+// the same length back to back. Two rules keep them from the next request:
 //   - The request goes out only after kFrameGapMs of silence since the last byte received;
-//     whatever arrives meanwhile is dropped and the silence starts again. So the bytes of
-//     an earlier reply that were on the line before the request are not in its reply buffer.
-//   - A reply cannot be whole before the request and the reply itself have crossed the wire,
-//     (request + reply length) × the character time after the send. Bytes that complete the
-//     awaited length sooner began before the request went out, or were held up by the
-//     driver: they are the end of an earlier reply and are dropped. This also catches a
-//     meter that starts its next late reply just after the silence ended.
-// Anything misaligned that is left (part of an earlier reply in front of ours) fails the
-// address or CRC check. On a pseudo-terminal the character time is zero and only the first
-// rule holds: nothing there sends a reply late.
+//     whatever arrives meanwhile is dropped and the silence starts again.
+//   - A reply cannot be whole before the request and then the reply have crossed the wire:
+//     (request + reply length) × the character time after the send. Bytes that make up the
+//     awaited length sooner began before the request had left; they are the end of an
+//     earlier reply, or one the driver held back, and are dropped.
+// Together they never take a late reply that starts within kFrameGapMs + the request's wire
+// time of the one before (8-byte request: 12 + 8 × 0.52 = 16.2 ms at 19200 baud, 20.3 ms at
+// 9600). The meter that showed the fault started its second reply 8 ms + the retry's wire time
+// after the first. A reply that starts after our request has left the wire looks like an
+// answer to it. Whatever is left misaligned (part of an earlier reply ahead of ours) fails the
+// address or CRC check. A pseudo-terminal has no character time: there only the first rule holds.
 TransactionOutcome RegisterLink::Attempt(const qint16& address, bool isRead)
 {
     if (quint8(TxFrame.at(0)) != quint8(address & 0xFF)) {

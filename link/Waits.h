@@ -10,11 +10,11 @@ class WatchedFlag;
 // window repaints and takes clicks while the line is busy, and wakes only on a timer, the flag
 // changing, or data arriving on the line: no polling, no sleeping.
 
-// The clock the tool's transactions run on: the monotonic process clock that timeGetTime
-// reads too, to the nanosecond, and waits in a nested QEventLoop with a precise timer.
+// The clock the tool's transactions run on: the steady (monotonic) clock, to the nanosecond,
+// and waits in a nested QEventLoop that an alarm wakes at the deadline.
 LinkClock& EventLoopClock();
 
-// A 32-bit millisecond tick counter; differences of two readings wrap correctly.
+// A 32-bit millisecond tick counter on that clock; differences of two readings wrap correctly.
 quint32 timeGetTime();
 
 // Waits until more than `ms` milliseconds have passed since the call, or `keepWaiting` is False.
