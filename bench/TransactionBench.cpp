@@ -1,6 +1,7 @@
 // One register transaction against the simulated meter paced like a real line at 19200 8N1:
-// its time as a ratio to its wire time plus the 12 ms gap, and the CPU the tool uses while it
-// waits on a meter that does not answer.
+// its time as a ratio to its wire time plus the 12 ms gap, the silence the tool keeps before
+// each request as the meter sees it, and the CPU the tool uses while it waits on a meter that
+// does not answer.
 #include "BenchSupport.h"
 #include "MeterOnLine.h"
 #include "link/RtuFrames.h"
@@ -24,6 +25,7 @@ int main(int argc, char* argv[])
 
     constexpr int kRounds = 50;
     constexpr quint16 kCount = 100;
+    on.meter->clearRequestLog();
     QElapsedTimer clock;
     clock.start();
     for (int i = 0; i < kRounds; ++i) {
@@ -42,6 +44,17 @@ int main(int argc, char* argv[])
     std::printf("  wire time + 12 ms gap  %8.2f ms  ratio %.3f\n", wire + 12, perTransaction / (wire + 12));
     std::printf("  ... + %d ms turnaround  %8.2f ms  ratio %.3f\n", turnaround, wire + 12 + turnaround,
                 perTransaction / (wire + 12 + turnaround));
+    const QList<sim::LoggedRequest> log = on.meter->requestLog();
+    double silence = 0;
+    int gaps = 0;
+    for (qsizetype i = 1; i < log.size(); ++i) {
+        if (log[i - 1].replyFinishedAt) {
+            silence += std::chrono::duration<double, std::milli>(log[i].receivedAt - *log[i - 1].replyFinishedAt).count();
+            ++gaps;
+        }
+    }
+    std::printf("  silence before a request, as the meter sees it: mean %.3f ms over %d (%d ms asked)\n",
+                silence / gaps, gaps, RegisterLink::kFrameGapMs);
 
     // A meter that stays silent: five attempts of about two seconds each, all spent waiting.
     on.meter->injectFault(sim::Fault::noReply(), RegisterLink::kAttempts);
