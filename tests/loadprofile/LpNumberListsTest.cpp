@@ -6,6 +6,8 @@
 
 #include <QTest>
 
+#include <memory>
+
 class LpNumberListsTest : public QObject {
     Q_OBJECT
 private slots:
@@ -15,95 +17,68 @@ private slots:
         m_screen.SetText(QStringLiteral("Combo_LP_Read_Group_Sel"), QStringLiteral("1"));
         m_lists = RecordingLists();
         m_reading = MeterReading();
+        m_numberLists = std::make_unique<LpNumberLists>(m_screen, m_lists);
     }
 
-    void firstFillKeepsTheStartUpEntry()
+    // The first fill keeps the start-up "1" in front; an unchanged count touches nothing; a
+    // long append disables the lists meanwhile and goes in as one batch.
+    void growingCountsAppend()
     {
-        LpNumberLists lists(m_screen, m_lists);
-        setValid(0, 3);
-        lists.RefreshLpNumberLists(m_reading);
+        refresh(0, 3);
         QCOMPARE(m_lists.start, QStringList({"1", "1", "2", "3"}));
         QCOMPARE(m_lists.stop, m_lists.start);
-        QCOMPARE(lists.LpListCount, 3);
-        QCOMPARE(m_lists.enabledHistory, QList<bool>{true});
-    }
-
-    void unchangedCountTouchesNothing()
-    {
-        LpNumberLists lists(m_screen, m_lists);
-        setValid(0, 3);
-        lists.RefreshLpNumberLists(m_reading);
-        const int appends = m_lists.appendCalls;
-        lists.RefreshLpNumberLists(m_reading);
-        QCOMPARE(m_lists.appendCalls, appends);
-        QCOMPARE(m_lists.start.size(), 4);
-    }
-
-    void longAppendDisablesTheListsMeanwhile()
-    {
-        LpNumberLists lists(m_screen, m_lists);
-        setValid(0, 5);
-        lists.RefreshLpNumberLists(m_reading);
-        m_lists.enabledHistory.clear();
-        setValid(0, 30);
-        lists.RefreshLpNumberLists(m_reading);
-        QCOMPARE(m_lists.enabledHistory, QList<bool>({false, true}));
-        QCOMPARE(m_lists.start.last(), "30");
+        refresh(0, 3);
+        QCOMPARE(m_lists.appendCalls, 1);
+        refresh(0, 30);
+        QCOMPARE(m_lists.enabledHistory, QList<bool>({true, true, false, true}));
         QCOMPARE(m_lists.start.size(), 31);
-        QCOMPARE(m_lists.appendCalls, 2); // one batch per refresh, not one per number
+        QCOMPARE(m_lists.start.last(), "30");
+        QCOMPARE(m_lists.appendCalls, 2);
     }
 
+    // A falling count (a cleared group) rebuilds both lists; at 0 they stay empty and keep
+    // their texts.
     void fallingCountRebuilds()
     {
-        LpNumberLists lists(m_screen, m_lists);
-        setValid(0, 40);
-        lists.RefreshLpNumberLists(m_reading);
-        setValid(0, 2);
-        lists.RefreshLpNumberLists(m_reading);
+        refresh(0, 40);
+        refresh(0, 2);
         QCOMPARE(m_lists.start, QStringList({"1", "2"}));
         QCOMPARE(m_lists.startText, "1");
-
         m_lists.startText = QStringLiteral("kept");
-        setValid(0, 0);
-        lists.RefreshLpNumberLists(m_reading);
+        refresh(0, 0);
         QVERIFY(m_lists.start.isEmpty());
         QVERIFY(m_lists.stop.isEmpty());
         QCOMPARE(m_lists.startText, "kept");
-        QCOMPARE(lists.LpListCount, 0);
+        QCOMPARE(m_numberLists->LpListCount, 0);
     }
 
     void changingTheGroupComparesTheOtherCount()
     {
-        LpNumberLists lists(m_screen, m_lists);
-        setValid(0, 10);
         setValid(1, 4);
-        lists.RefreshLpNumberLists(m_reading);
+        refresh(0, 10);
         m_screen.SetText(QStringLiteral("Combo_LP_Read_Group_Sel"), QStringLiteral("2"));
-        lists.RefreshLpNumberLists(m_reading);
+        m_numberLists->RefreshLpNumberLists(m_reading);
         QCOMPARE(m_lists.start, QStringList({"1", "2", "3", "4"}));
     }
 
     void noCountBeforeTheFirstImage()
     {
-        LpNumberLists lists(m_screen, m_lists);
         m_reading.loadProfile[0].validIntervals = 3; // not read from a meter yet
-        lists.RefreshLpNumberLists(m_reading);
+        m_numberLists->RefreshLpNumberLists(m_reading);
         QCOMPARE(m_lists.start, QStringList{"1"});
         QVERIFY(m_lists.enabledHistory.isEmpty());
     }
 
     void warnsWhileTheChosenGroupsListsAreOutOfDate()
     {
-        LpNumberLists lists(m_screen, m_lists);
         setValid(0, 1440);
         setValid(1, 7);
-        lists.LpListCount = 1439;
-        lists.WarnIfListsWillChange(m_reading);
-        QCOMPARE(m_screen.texts["Text6"], "Wait!! Setting 'Start no' & 'Stop no'");
-        m_screen.texts.remove("Text6");
+        m_numberLists->LpListCount = 1439;
+        m_numberLists->WarnIfListsWillChange(m_reading);
+        QCOMPARE(m_screen.texts.take("Text6"), "Wait!! Setting 'Start no' & 'Stop no'");
         m_screen.SetText(QStringLiteral("Combo_LP_Read_Group_Sel"), QStringLiteral("2"));
-        lists.LpListCount = 7;
-        lists.WarnIfListsWillChange(m_reading);
+        m_numberLists->LpListCount = 7;
+        m_numberLists->WarnIfListsWillChange(m_reading);
         QVERIFY(!m_screen.texts.contains("Text6"));
     }
 
@@ -113,10 +88,16 @@ private:
         m_reading.loadProfile[std::size_t(group)].validIntervals = count;
         m_reading.known |= MeterReading::RealTimeImage;
     }
+    void refresh(int group, int count)
+    {
+        setValid(group, count);
+        m_numberLists->RefreshLpNumberLists(m_reading);
+    }
 
     MapScreen m_screen;
-    MeterReading m_reading;
     RecordingLists m_lists;
+    MeterReading m_reading;
+    std::unique_ptr<LpNumberLists> m_numberLists;
 };
 
 QTEST_GUILESS_MAIN(LpNumberListsTest)
