@@ -9,12 +9,6 @@ void FaultQueue::inject(const Fault& fault, int times)
         m_faults.push_back(fault);
 }
 
-void FaultQueue::clear()
-{
-    QMutexLocker lock(&m_mutex);
-    m_faults.clear();
-}
-
 std::optional<Fault> FaultQueue::takeNext()
 {
     QMutexLocker lock(&m_mutex);

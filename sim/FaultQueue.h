@@ -15,7 +15,6 @@ class FaultQueue {
 public:
     // `fault` spoils each of the next `times` replies (after any already queued).
     void inject(const Fault& fault, int times = 1);
-    void clear();
     std::optional<Fault> takeNext();
 
 private:

@@ -122,11 +122,6 @@ void MeterModel::setInput(quint16 reg, quint16 value)
     m_inputOverrides[reg] = value;
 }
 
-void MeterModel::setIdentification(const QByteArray& text)
-{
-    m_identification = text.leftJustified(Reg::kIdentificationLength, ' ', true);
-}
-
 quint8 MeterModel::slaveAddress() const
 {
     return static_cast<quint8>(m_holding.value(Reg::kSlaveAddress));

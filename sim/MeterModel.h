@@ -56,8 +56,6 @@ public:
     void setHolding(quint16 reg, quint16 value);
     // Serves `value` at an input register from now on instead of the computed one.
     void setInput(quint16 reg, quint16 value);
-    // The 16-byte identification text; shorter text is padded with blanks, longer cut.
-    void setIdentification(const QByteArray& text);
 
     SimClock& clock() { return m_clock; }
     const SimClock& clock() const { return m_clock; }

@@ -16,7 +16,6 @@ quint64 RequestLog::append(const QByteArray& frame, SteadyTime receivedAt)
 void RequestLog::noteReplyFinished(quint64 sequence, SteadyTime at)
 {
     QMutexLocker lock(&m_mutex);
-    ++m_repliesSent;
     for (auto it = m_entries.rbegin(); it != m_entries.rend(); ++it) {
         if (it->sequence == sequence) {
             it->replyFinishedAt = at;
@@ -41,13 +40,6 @@ void RequestLog::clear()
 {
     QMutexLocker lock(&m_mutex);
     m_entries.clear();
-    m_repliesSent = 0;
-}
-
-int RequestLog::repliesSent() const
-{
-    QMutexLocker lock(&m_mutex);
-    return m_repliesSent;
 }
 
 } // namespace sim

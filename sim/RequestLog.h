@@ -32,14 +32,11 @@ public:
     // The entries, leaving the log empty; nothing arriving meanwhile is lost.
     QList<LoggedRequest> take();
     void clear();
-    // Replies whose last byte has left, spoiled ones included, since the last clear().
-    int repliesSent() const;
 
 private:
     mutable QMutex m_mutex;
     QList<LoggedRequest> m_entries;
     quint64 m_nextSequence = 1;
-    int m_repliesSent = 0;
 };
 
 } // namespace sim

@@ -37,12 +37,10 @@ public:
     QString slavePath() const { return m_path; }
 
     void injectFault(const Fault& fault, int times = 1) { m_shared.faults.inject(fault, times); }
-    void clearFaults() { m_shared.faults.clear(); }
 
     QList<LoggedRequest> requestLog() const { return m_shared.log.entries(); }
     void clearRequestLog() { m_shared.log.clear(); }
     QList<LoggedRequest> takeRequestLog() { return m_shared.log.take(); }
-    int repliesSent() const { return m_shared.log.repliesSent(); }
 
     void setPacing(bool on) { m_shared.pacing = on; }
     void setTurnaround(int ms) { m_shared.turnaroundMs = ms; }
@@ -58,7 +56,6 @@ public:
     quint16 input(quint16 reg) { return withModel([&](MeterModel& m) { return m.input(reg); }); }
     void setHolding(quint16 reg, quint16 value) { withModel([&](MeterModel& m) { m.setHolding(reg, value); }); }
     void setInput(quint16 reg, quint16 value) { withModel([&](MeterModel& m) { m.setInput(reg, value); }); }
-    void setIdentification(const QByteArray& text) { withModel([&](MeterModel& m) { m.setIdentification(text); }); }
 
 private:
     MeterSharedState m_shared;
