@@ -1,4 +1,5 @@
-// The waits yield to the event loop and end on time, or at once when the flag goes False.
+// Delay and WaitSince yield to the event loop and end on time, or at once when the flag goes
+// False. The transactions wait on the same clock (TransactionsTest).
 #include "link/Waits.h"
 #include "link/WatchedFlag.h"
 
@@ -9,7 +10,7 @@
 class WaitsTest : public QObject {
     Q_OBJECT
 private slots:
-    void delayLastsMoreThanItsTime()
+    void waitsYieldAndEndOnTimeOrOffLine()
     {
         WatchedFlag onLine;
         onLine.set(true);
@@ -17,40 +18,21 @@ private slots:
         QTimer ticker;
         connect(&ticker, &QTimer::timeout, [&events] { ++events; });
         ticker.start(5);
+        const quint32 start = timeGetTime();
         QElapsedTimer clock;
         clock.start();
         Delay(60, onLine);
         QVERIFY(clock.elapsed() > 60);
         QVERIFY(events >= 5); // the event loop ran meanwhile
-    }
-
-    void waitSinceCountsFromItsStart()
-    {
-        WatchedFlag onLine;
-        onLine.set(true);
-        const quint32 start = timeGetTime();
-        Delay(100, onLine);
-        QElapsedTimer clock;
-        clock.start();
-        WaitSince(start, 110, onLine);
-        QVERIFY(timeGetTime() - start > 110);
-        QVERIFY(clock.elapsed() < 80); // counted from the call it would last 110 ms
         clock.restart();
-        WaitSince(start, 12, onLine); // long past: no wait at all
-        QVERIFY(clock.elapsed() < 5);
-    }
-
-    void goingOffLineEndsAWaitAtOnce()
-    {
-        WatchedFlag onLine;
-        onLine.set(true);
+        WaitSince(start, 70, onLine);
+        QVERIFY(timeGetTime() - start > 70);
+        QVERIFY(clock.elapsed() < 50); // counted from the call it would last 70 ms
         QTimer::singleShot(20, [&onLine] { onLine.set(false); });
-        QElapsedTimer clock;
-        clock.start();
         Delay(5000, onLine);
         QVERIFY(clock.elapsed() < 1000);
         clock.restart();
-        Delay(5000, onLine); // already False: returns without waiting
+        Delay(5000, onLine); // already False: no wait at all
         QVERIFY(clock.elapsed() < 5);
     }
 };
