@@ -26,9 +26,7 @@ int main(int argc, char* argv[])
 
     sim::SimulatedMeterHost simulator;
     MainForm form;
-    form.session().connection.simulatedMeterDevice = [&simulator](QString* error) {
-        return simulator.startedDevice(error);
-    };
+    form.session().connection.simulatedMeterDevice = simulator.deviceSource();
     form.Form_Load();
     form.ChooseSimulatedMeter();
     form.show();

@@ -23,9 +23,7 @@ int main(int argc, char* argv[])
     // the operator goes on line to it. Declared first: it outlives the window that talks to it.
     sim::SimulatedMeterHost simulator;
     MainForm form;
-    form.session().connection.simulatedMeterDevice = [&simulator](QString* error) {
-        return simulator.startedDevice(error);
-    };
+    form.session().connection.simulatedMeterDevice = simulator.deviceSource();
     form.Form_Load();
     if (options.isSet(simulated))
         form.ChooseSimulatedMeter();

@@ -135,7 +135,7 @@ int main(int argc, char* argv[])
     sim::SimulatedMeterHost simulator;
     auto* meter = &simulator;
     MainForm form;
-    form.session().connection.simulatedMeterDevice = [meter](QString* error) { return meter->startedDevice(error); };
+    form.session().connection.simulatedMeterDevice = meter->deviceSource();
     form.Form_Load();
     form.ChooseSimulatedMeter();
     form.show();

@@ -27,8 +27,7 @@ Connection::Connection(OperatorPrompts& prompts, QObject* parent)
 {
     Timer1Sec.setInterval(kPollIntervalMs);
     Timer1Sec.setTimerType(Qt::PreciseTimer);
-    connect(&link, &RegisterLink::gaveUp, this,
-            [this] { GoOffLine(QStringLiteral("Communication Error! Retry %1 times!").arg(RegisterLink::kAttempts)); });
+    connect(&link, &RegisterLink::gaveUp, this, [this] { GoOffLine(RegisterLink::GiveUpText()); });
     connect(&port, &Transport::lost, this, [this] {
         // The system's words for this ("Inappropriate ioctl for device" and the like) tell
         // an operator nothing; what happened is that the device went away.

@@ -82,7 +82,7 @@ TransactionOutcome RegisterLink::Transact(const qint16& address, bool isRead)
             return outcome;
         }
     }
-    emit statusText(QStringLiteral("Communication Error! Retry %1 times!").arg(kAttempts));
+    emit statusText(GiveUpText());
     bWaiting = kFalse;
     bCommOK = kFalse;
     emit gaveUp();

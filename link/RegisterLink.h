@@ -33,6 +33,8 @@ class RegisterLink : public QObject {
     Q_OBJECT
 public:
     static constexpr int kAttempts = 5;
+    // The status text of a transaction that gave up; also the reason the tool went off line.
+    static QString GiveUpText() { return QStringLiteral("Communication Error! Retry %1 times!").arg(kAttempts); }
     // Reply wait of one attempt, from the request's send: 200 looks × 10 ms = 2 s.
     static constexpr qint32 kReplyTimeoutMs = 200 * 10;
     // Silence kept between the last byte received and the next request. The meter ends a

@@ -48,7 +48,6 @@ struct MeterReading {
     static constexpr bool RatioInRange(quint16 raw) { return raw < 0x8000; }
 
     bool Has(Block block) const { return (known & block) != 0; }
-    bool IsFresh(Block block) const { return (fresh & block) != 0; }
     double EnergyTotal(int kind) const;
 
     QDateTime takenAt;   // when the tick started, on the PC's clock

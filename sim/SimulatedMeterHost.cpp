@@ -34,11 +34,13 @@ SimulatedMeterHost::Started SimulatedMeterHost::start()
     return started;
 }
 
-QString SimulatedMeterHost::startedDevice(QString* error)
+std::function<QString(QString* error)> SimulatedMeterHost::deviceSource()
 {
-    const Started started = start();
-    *error = started.error;
-    return started.path;
+    return [this](QString* error) {
+        const Started started = start();
+        *error = started.error;
+        return started.path;
+    };
 }
 
 void SimulatedMeterHost::stop()

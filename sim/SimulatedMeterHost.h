@@ -5,6 +5,8 @@
 #include <QString>
 #include <QThread>
 
+#include <functional>
+
 #include <utility>
 
 namespace sim {
@@ -30,8 +32,8 @@ public:
     // nothing and gives the same path). The register model keeps its state across restarts.
     Started start();
     // start() in the form a connection asks for its device in: the path, or an empty string
-    // with the reason in `error`.
-    QString startedDevice(QString* error);
+    // with the reason in `error`. The host must outlive the connection that calls it.
+    std::function<QString(QString* error)> deviceSource();
     void stop();
     bool isRunning() const { return m_meter != nullptr; }
     QString slavePath() const { return m_path; }

@@ -23,7 +23,7 @@ inline std::unique_ptr<sim::SimulatedMeterHost> FrozenMeter(bool pacing)
 inline bool GoOnLineTo(sim::SimulatedMeterHost& meter, Connection& connection)
 {
     connection.SetPortEntries(PortCatalog::Build({}));
-    connection.simulatedMeterDevice = [&meter](QString* error) { return meter.startedDevice(error); };
+    connection.simulatedMeterDevice = meter.deviceSource();
     connection.Combo_CommPort_Click(PortCatalog::kNumberedPorts); // the simulated meter
     connection.SetSettings(QStringLiteral("19200,n,8,1"));
     connection.link.ModbusAddress = 15;

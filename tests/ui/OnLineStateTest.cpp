@@ -42,9 +42,7 @@ private slots:
     void init()
     {
         m_form = std::make_unique<MainForm>();
-        m_form->session().connection.simulatedMeterDevice = [this](QString* error) {
-            return m_meter.startedDevice(error);
-        };
+        m_form->session().connection.simulatedMeterDevice = m_meter.deviceSource();
         m_form->Form_Load();
         m_errors.clear();
     }
