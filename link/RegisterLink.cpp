@@ -26,6 +26,7 @@ RegisterLink::RegisterLink(Transport& line, const WatchedFlag& bOnLine, LinkCloc
 
 TransactionOutcome RegisterLink::ReadRegisters(const qint16& address, quint8 function, quint16 start, quint16 count)
 {
+    LastException = 0;
     if (!m_onLine.isTrue())
         return TransactionOutcome::Abandoned;
     TxFrame = Rtu::ReadRequest(quint8(address & 0xFF), function, start, count);
@@ -35,6 +36,7 @@ TransactionOutcome RegisterLink::ReadRegisters(const qint16& address, quint8 fun
 
 TransactionOutcome RegisterLink::WriteSingleRegister(const qint16& address, quint16 reg, quint16 value)
 {
+    LastException = 0;
     bCommOK = kTrue;
     if (!m_onLine.isTrue())
         return TransactionOutcome::Abandoned;
@@ -45,6 +47,7 @@ TransactionOutcome RegisterLink::WriteSingleRegister(const qint16& address, quin
 
 TransactionOutcome RegisterLink::WriteRegisters(const qint16& address, quint16 start, quint16 count, const QByteArray& data)
 {
+    LastException = 0;
     bCommOK = kTrue;
     if (!m_onLine.isTrue())
         return TransactionOutcome::Abandoned;
@@ -120,8 +123,10 @@ TransactionOutcome RegisterLink::Attempt(const qint16& address, bool isRead)
     const Reception reception = AwaitReply(sentAt + kReplyTimeout);
     if (reception == Reception::Cut || !StillConnected())
         return TransactionOutcome::Abandoned;
-    if (reception == Reception::TimedOut)
+    if (reception == Reception::TimedOut) {
+        NoteException();
         return TransactionOutcome::Failed;
+    }
     if (quint8(m_rx.at(0)) != quint8(ModbusAddress & 0xFF)) {
         emit statusText(QStringLiteral("Address Error"));
         return TransactionOutcome::Failed;
@@ -206,6 +211,18 @@ bool RegisterLink::ReplyComplete()
     // function-6 reply is identical to its request, while the first 8 bytes of a function-16
     // echo would pass for a reply with a bad CRC.
     return !onlyOurEcho || Rtu::CrcMatches(crc, m_rx, ExpectedLen);
+}
+
+// An attempt that timed out may hold an exception reply, which is too short to be judged as
+// a reply: it fails all the same, but the meter's reason is noted and shown.
+void RegisterLink::NoteException()
+{
+    const std::optional<quint8> code =
+        Rtu::ExceptionCode(crc, m_rx, quint8(ModbusAddress & 0xFF), quint8(TxFrame.at(1)));
+    if (!code)
+        return;
+    LastException = *code;
+    emit statusText(QStringLiteral("Exception %1 (%2) from the meter").arg(QString::number(*code), Rtu::ExceptionName(*code)));
 }
 
 void RegisterLink::StoreReadData(const QByteArray& reply)

@@ -29,6 +29,11 @@ enum class TransactionOutcome {
 //
 // A request goes out only after kFrameGapMs of silence since the last byte received, and a
 // reply is taken only if it could have come in answer to it: see RegisterLink.cpp.
+//
+// An exception reply (5 bytes) never makes the awaited length, so its attempt runs out its
+// two seconds and fails like an unanswered one, and the transaction retries and gives up as
+// for silence. The link only names it: `LastException` keeps its code and the status line
+// shows "Exception 2 (Illegal Data Address) from the meter".
 class RegisterLink : public QObject {
     Q_OBJECT
 public:
@@ -72,9 +77,15 @@ public:
     Bool16 bCommOK = kFalse;
     qint16 ModbusAddress = 0;
     Bool16 bShowFrames = kFalse;
+    // The code of the exception reply that ended an attempt of the latest transaction (the
+    // last one if several did), from ModbusAddress to the request's function; 0 when none
+    // did. Each transaction, read or write, starts it at 0. It stays set when a later attempt
+    // of the same transaction gets a good reply.
+    quint8 LastException = 0;
 
 signals:
-    // A link message for the status line ("CRC Error", "Address Error", the give-up text).
+    // A link message for the status line ("CRC Error", "Address Error", an exception the
+    // meter sent, the give-up text).
     void statusText(const QString& text);
     // The request echo, sent once per transaction while bShowFrames is set.
     void requestEcho(const QString& text);
@@ -92,6 +103,7 @@ private:
     bool AwaitSilence();
     Reception AwaitReply(LinkClock::Time deadline);
     bool ReplyComplete();
+    void NoteException();
     void StoreReadData(const QByteArray& reply);
 
     Transport& m_line;

@@ -65,6 +65,26 @@ bool CrcMatches(Crc16& crc, const QByteArray& reply, qsizetype length)
         && crc.CrcLo == static_cast<quint8>(reply.at(length - 1));
 }
 
+std::optional<quint8> ExceptionCode(Crc16& crc, const QByteArray& reply, quint8 address, quint8 function)
+{
+    if (reply.size() != kExceptionReplyLength || static_cast<quint8>(reply.at(0)) != address
+        || static_cast<quint8>(reply.at(1)) != (function | 0x80) || !CrcMatches(crc, reply, kExceptionReplyLength))
+        return std::nullopt;
+    return static_cast<quint8>(reply.at(2));
+}
+
+QString ExceptionName(quint8 code)
+{
+    switch (code) {
+    case 1: return QStringLiteral("Illegal Function");
+    case 2: return QStringLiteral("Illegal Data Address");
+    case 3: return QStringLiteral("Illegal Data Value");
+    case 4: return QStringLiteral("Slave Device Failure");
+    case 6: return QStringLiteral("Slave Device Busy");
+    default: return QStringLiteral("Unknown");
+    }
+}
+
 QByteArray SingleToBytes(double value)
 {
     const QByteArray zeros(4, '\0');

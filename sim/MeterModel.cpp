@@ -136,6 +136,12 @@ qint32 MeterModel::baudRate() const
     }
 }
 
+int MeterModel::stopBits() const
+{
+    const quint16 code = m_holding.value(Reg::kStopBitCode);
+    return code == 1 || code == 2 ? code : 0;
+}
+
 QList<quint16> MeterModel::blockImage(const Block& block) const
 {
     const double uptime = m_clock.uptime();

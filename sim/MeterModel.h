@@ -48,6 +48,8 @@ public:
     quint8 slaveAddress() const;
     // The line speed the meter listens at; 0 when its baud code is not one it knows.
     qint32 baudRate() const;
+    // The stop bits the meter expects on the line, 1 or 2; 0 when its stop-bit code is neither.
+    int stopBits() const;
 
     // Registers as served; 0 outside the map.
     quint16 holding(quint16 reg) const;

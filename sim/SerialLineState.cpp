@@ -27,7 +27,8 @@ SerialLineState SerialLineState::read(int fd)
     const speed_t speed = cfgetospeed(&settings);
     const auto known = std::find_if(kSpeeds.cbegin(), kSpeeds.cend(), [&](const auto& entry) { return entry.first == speed; });
     line.baud = known == kSpeeds.cend() ? 0 : known->second;
-    line.bitsPerCharacter = 1 + 8 + ((settings.c_cflag & PARENB) ? 1 : 0) + ((settings.c_cflag & CSTOPB) ? 2 : 1);
+    line.stopBits = (settings.c_cflag & CSTOPB) ? 2 : 1;
+    line.bitsPerCharacter = 1 + 8 + ((settings.c_cflag & PARENB) ? 1 : 0) + line.stopBits;
     return line;
 }
 

@@ -9,9 +9,10 @@ namespace sim {
 // The speed and framing the master has set on the line. A pseudo-terminal carries no real
 // baud rate, but both its ends share one termios, so reading it on the meter's side tells
 // what the master's port was set to. (Linux ptys always report 8 data bits without parity,
-// whatever the master asked for.)
+// whatever the master asked for; the stop bits, CSTOPB, do carry over.)
 struct SerialLineState {
     qint32 baud = 0;          // 0: no speed the meter knows; characters then take no time
+    int stopBits = 1;          // 1 or 2
     int bitsPerCharacter = 10; // start bit, 8 data bits, parity bit if any, stop bits
 
     static SerialLineState read(int fd);

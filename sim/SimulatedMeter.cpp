@@ -3,6 +3,7 @@
 #include "sim/ModbusResponder.h"
 
 #include <algorithm>
+#include <tuple>
 #include <unistd.h>
 
 namespace sim {
@@ -55,11 +56,12 @@ void SimulatedMeter::frameGapElapsed()
 
 void SimulatedMeter::handle(const ReceivedFrame& frame)
 {
-    const auto [ownAddress, baud] = m_shared.model.with([](MeterModel& model) {
-        return std::pair(model.slaveAddress(), model.baudRate());
+    const auto [ownAddress, baud, stopBits] = m_shared.model.with([](MeterModel& model) {
+        return std::tuple(model.slaveAddress(), model.baudRate(), model.stopBits());
     });
-    // At another speed the meter's receiver sees only garbage.
-    if (m_shared.pacing && m_line.baud != baud)
+    // At another speed the meter's receiver sees only garbage, and with other stop bits its
+    // UART reports framing errors: either way the request is dropped unread.
+    if (m_shared.pacing && (m_line.baud != baud || m_line.stopBits != stopBits))
         return;
     const quint64 sequence = m_shared.log.append(frame.bytes, frame.firstByteAt);
     const auto address = static_cast<quint8>(frame.bytes.at(0));

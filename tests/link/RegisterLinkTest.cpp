@@ -18,7 +18,7 @@ private slots:
         QTest::newRow("other address") << LinkOnFakeLine::BlockReply(20, 1, 16) << "Address Error" << false;
         QTest::newRow("noise before the reply") << Hex("FF00FF") + LinkOnFakeLine::BlockReply(20, 1) << "Address Error" << false;
         // Five bytes never make the awaited length: the attempt runs out its two seconds.
-        QTest::newRow("exception reply") << Sealed(Hex("0F8302")) << QString() << true;
+        QTest::newRow("exception reply") << Sealed(Hex("0F8302")) << "Exception 2 (Illegal Data Address) from the meter" << true;
     }
     void aSpoiledReplyFailsItsAttempt()
     {
@@ -31,6 +31,55 @@ private slots:
         QCOMPARE(f.link.RxData, f.Block(20, 0x0100));
         QCOMPARE(f.line.sent[1].at - f.line.sent[0].at >= 2s, timesOut);
         QCOMPARE(f.texts, text.isEmpty() ? QStringList() : QStringList{text});
+    }
+
+    // An exception reply is five bytes, short of any reply awaited: each attempt holding one
+    // runs out its two seconds as if unanswered, and the transaction gives up. The link only
+    // names the code, and only for a whole valid exception reply to this request.
+    void exceptionRepliesAreNamedButTimeOut_data()
+    {
+        QTest::addColumn<quint8>("function");
+        QTest::addColumn<QByteArray>("reply");
+        QTest::addColumn<int>("code");
+        QTest::addColumn<QString>("text");
+        QByteArray badCrc = Sealed(Hex("0F8302"));
+        badCrc.back() = char(~badCrc.back());
+        QTest::newRow("to a read") << Rtu::kReadHolding << Sealed(Hex("0F8302")) << 2 << "Exception 2 (Illegal Data Address) from the meter";
+        QTest::newRow("to a write") << Rtu::kWriteMultiple << Sealed(Hex("0F9006")) << 6 << "Exception 6 (Slave Device Busy) from the meter";
+        QTest::newRow("code with no name") << Rtu::kWriteSingle << Sealed(Hex("0F8605")) << 5 << "Exception 5 (Unknown) from the meter";
+        QTest::newRow("bad CRC") << Rtu::kReadHolding << badCrc << 0 << QString();
+        QTest::newRow("other address") << Rtu::kReadHolding << Sealed(Hex("108302")) << 0 << QString();
+        QTest::newRow("other function") << Rtu::kWriteSingle << Sealed(Hex("0F9003")) << 0 << QString();
+    }
+    void exceptionRepliesAreNamedButTimeOut()
+    {
+        QFETCH(quint8, function);
+        QFETCH(QByteArray, reply);
+        QFETCH(int, code);
+        QFETCH(QString, text);
+        LinkOnFakeLine f;
+        const auto transact = [&f, function] {
+            return function == Rtu::kReadHolding ? f.read(0x1000, 20)
+                : function == Rtu::kWriteSingle  ? f.link.WriteSingleRegister(f.link.ModbusAddress, 0x1001, 2)
+                                                 : f.link.WriteRegisters(f.link.ModbusAddress, 0x1023, 2, Hex("00010002"));
+        };
+        for (int attempt = 0; attempt < RegisterLink::kAttempts; ++attempt)
+            f.line.script << Reply(reply);
+        QCOMPARE(transact(), TransactionOutcome::Failed);
+        QCOMPARE(f.line.sent.size(), RegisterLink::kAttempts);
+        for (qsizetype i = 1; i < f.line.sent.size(); ++i)
+            QCOMPARE(f.line.sent[i].at - f.line.sent[i - 1].at, 2s);
+        QCOMPARE(f.gaveUp.size(), 1);
+        QCOMPARE(int(f.link.LastException), code);
+        QStringList texts;
+        for (int attempt = 0; attempt < RegisterLink::kAttempts && !text.isEmpty(); ++attempt)
+            texts << text;
+        QCOMPARE(f.texts, texts << RegisterLink::GiveUpText());
+
+        const QByteArray request = f.line.sent[0].frame;
+        f.line.script << Reply(function == Rtu::kReadHolding ? f.BlockReply(20, 1) : Sealed(request.left(6)));
+        QCOMPARE(transact(), TransactionOutcome::Good);
+        QCOMPARE(f.link.LastException, quint8(0));
     }
 
     void silenceGivesUpAfterFiveAttempts()

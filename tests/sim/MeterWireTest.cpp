@@ -70,17 +70,41 @@ private slots:
         QCOMPARE(meter->requestLog().size(), 3); // the good frames, whoever they were for
     }
 
-    void addressAndBaudChangesFollowTheReply()
+    void anAddressChangeFollowsTheReply()
     {
         const QByteArray toSeven = WithCrc(Body(15, 6, {0x1000, 7}));
         QCOMPARE(send(toSeven, 8), toSeven);
         QVERIFY(silentAfter(WithCrc(Body(15, 3, {0x1000, 1}))));
-        const QByteArray to9600 = WithCrc(Body(7, 6, {0x1001, 1}));
-        QCOMPARE(send(to9600, 8), to9600);
-        QVERIFY(silentAfter(WithCrc(Body(7, 3, {0x1000, 1}))));
-        port.setBaudRate(9600);
-        QCOMPARE(request(Body(7, 3, {0x1000, 2}), 9), WithCrc(QByteArray::fromHex("070304 0007 0001")));
-        QCOMPARE(meter->requestLog().size(), 4); // the request at the old speed was not understood
+        QCOMPARE(request(Body(7, 3, {0x1000, 1}), 7), WithCrc(QByteArray::fromHex("070302 0007")));
+    }
+
+    // A write of the baud or stop-bit code is answered on the line it came on; from then on
+    // the meter understands only requests on the line the code names.
+    void lineCodeChangesFollowTheReply_data()
+    {
+        QTest::addColumn<quint16>("reg");
+        QTest::addColumn<quint16>("code");
+        QTest::addColumn<int>("baud");
+        QTest::addColumn<QSerialPort::StopBits>("stopBits");
+        QTest::addColumn<QByteArray>("settings"); // baud and stop-bit codes, read back
+        QTest::newRow("baud code 1: 9600") << quint16(0x1001) << quint16(1) << 9600 << QSerialPort::OneStop << QByteArray::fromHex("0001 0001");
+        QTest::newRow("stop-bit code 2") << quint16(0x1002) << quint16(2) << 19200 << QSerialPort::TwoStop << QByteArray::fromHex("0002 0002");
+    }
+    void lineCodeChangesFollowTheReply()
+    {
+        QFETCH(quint16, reg);
+        QFETCH(quint16, code);
+        QFETCH(int, baud);
+        QFETCH(QSerialPort::StopBits, stopBits);
+        QFETCH(QByteArray, settings);
+        const QByteArray head = Body(15, 16, {reg, 1});
+        QCOMPARE(request(head + char(2) + char(code >> 8) + char(code & 0xFF), 8), WithCrc(head));
+        const QByteArray read = Body(15, 3, {0x1001, 2});
+        QVERIFY(silentAfter(WithCrc(read)));
+        port.setBaudRate(baud);
+        port.setStopBits(stopBits);
+        QCOMPARE(request(read, 9), WithCrc(QByteArray::fromHex("0f0304") + settings));
+        QCOMPARE(meter->requestLog().size(), 2); // the read on the old line was not understood
     }
 
     void repliesTakeTheirWireTime_data()
@@ -97,6 +121,7 @@ private slots:
         QFETCH(QSerialPort::StopBits, stopBits);
         QVERIFY(begin(stopBits));
         meter->setHolding(0x1001, baud == 9600 ? 1 : 2);
+        meter->setHolding(0x1002, stopBits == QSerialPort::TwoStop ? 2 : 1);
         port.setBaudRate(baud);
         QCOMPARE(request(Body(15, 3, {0x1000, 100}), 205).size(), 205);
         const int bits = stopBits == QSerialPort::TwoStop ? 11 : 10;
