@@ -5,7 +5,9 @@
 #include "ui/MainForm.h"
 
 #include <QApplication>
+#include <QComboBox>
 #include <QDir>
+#include <QLineEdit>
 #include <QPushButton>
 #include <QTabWidget>
 #include <QTimer>
@@ -31,6 +33,15 @@ int main(int argc, char* argv[])
     form.ChooseSimulatedMeter();
     form.show();
     form.On_Line->click();
+    // A few settings written, so that the settings tab shows its history.
+    form.Combo_CT_Ratio->setEditText(QStringLiteral("200"));
+    form.Cmd_CT_Ratio->click();
+    form.Combo1->setCurrentIndex(4);
+    form.Command6->click();
+    form.Comm_SetTime->click();
+    form.txtPT1->setText(QStringLiteral("11000"));
+    form.txtPT2->setText(QStringLiteral("110"));
+    form.Comm_change_VT->click();
 
     QTimer::singleShot(seconds * 1000, &form, [&] {
         for (int tab = 0; tab < form.tabs->count(); ++tab) {

@@ -1,6 +1,7 @@
 #include "connection/Connection.h"
 
 #include "connection/LineSettings.h"
+#include "connection/TextNumbers.h"
 #include "ports/OperatorPrompts.h"
 
 namespace {
@@ -124,4 +125,10 @@ void Connection::PortError(const QString& detail)
     // go on using a port that failed.
     OffLineTail(PortErrorReason(detail));
     m_prompts.Critical(QStringLiteral("Comm Port Error！"));
+}
+
+void Connection::ChooseAddress(const QString& addressText)
+{
+    if (const auto address = WholeNumberOf(addressText))
+        link.ModbusAddress = *address;
 }

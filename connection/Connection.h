@@ -43,6 +43,11 @@ public:
     // applied at once when the port is open.
     void SetSettings(const QString& settings);
     const QString& Settings() const { return m_settings; }
+    // The settings string of the baud rate and stop bits picked.
+    void ChooseLine(const QString& baudRate, const QString& stopBits) { SetSettings(SettingsString(baudRate, stopBits)); }
+    // The address every request goes to: the whole number of the picked text; a text without
+    // one leaves it as it was.
+    void ChooseAddress(const QString& addressText);
 
     // Toggles the connection. `addressText` is the text of the address list: an empty one is
     // refused before anything else happens.

@@ -1,12 +1,12 @@
 #include "connection/MeterSession.h"
 
-#include "connection/TextNumbers.h"
 #include "ports/Screen.h"
 
 MeterSession::MeterSession(const SessionPorts& ports, QObject* parent)
     : QObject(parent),
       connection(ports.prompts),
       poll(connection, ports.screen, ports.intervalLists, ports.clock),
+      settings(connection, poll, ports),
       m_screen(ports.screen)
 {
     connect(&connection.link, &RegisterLink::statusText, this,
@@ -21,17 +21,6 @@ MeterSession::MeterSession(const SessionPorts& ports, QObject* parent)
         }
         emit onLineChanged(onLine);
     });
-}
-
-void MeterSession::ChooseLine(const QString& baudRate, const QString& stopBits)
-{
-    connection.SetSettings(SettingsString(baudRate, stopBits));
-}
-
-void MeterSession::ChooseAddress(const QString& addressText)
-{
-    if (const auto address = WholeNumberOf(addressText))
-        connection.link.ModbusAddress = *address;
 }
 
 void MeterSession::WentOffLine(const QString& reason)

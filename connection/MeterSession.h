@@ -2,25 +2,14 @@
 
 #include "connection/Connection.h"
 #include "connection/PollCycle.h"
+#include "connection/SessionPorts.h"
 #include "loadprofile/LpDownload.h"
+#include "settings/MeterSettings.h"
 
 #include <QObject>
 
-class Clock;
-class IntervalLists;
-class OperatorPrompts;
-class Screen;
-
-// What the core needs from the one presenting it.
-struct SessionPorts {
-    Screen& screen;
-    OperatorPrompts& prompts;
-    IntervalLists& intervalLists;
-    const Clock& clock;
-};
-
 // The whole conversation with the meter, without a widget: the connection and its choices,
-// the poll cycle with the pending commands and their routines, the load-profile download, and
+// the poll cycle with the pending commands, the meter's settings, the load-profile download, and
 // the rule of going off line. The window drives it through the operator's actions below and
 // follows it through the ports and the signals; a command-line front end can drive the same
 // session under QCoreApplication.
@@ -32,9 +21,9 @@ public:
     // The operator's choices. The port is an entry of the list given to SetPortEntries.
     void SetPortEntries(const QList<PortEntry>& entries) { connection.SetPortEntries(entries); }
     void ChoosePort(int listIndex) { connection.Combo_CommPort_Click(listIndex); }
-    void ChooseLine(const QString& baudRate, const QString& stopBits);
+    void ChooseLine(const QString& baudRate, const QString& stopBits) { connection.ChooseLine(baudRate, stopBits); }
     // The address every request goes to: the whole number of the picked text.
-    void ChooseAddress(const QString& addressText);
+    void ChooseAddress(const QString& addressText) { connection.ChooseAddress(addressText); }
     void On_Line_Click(const QString& addressText) { connection.On_Line_Click(addressText); }
     void ShowFrames(bool on) { connection.link.bShowFrames = toBool16(on); }
 
@@ -45,6 +34,7 @@ public:
 
     Connection connection;
     PollCycle poll;
+    MeterSettings settings;
     LpDownload download;
 
 signals:

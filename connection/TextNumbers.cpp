@@ -1,5 +1,6 @@
 #include "connection/TextNumbers.h"
 
+#include <QLocale>
 #include <QRegularExpression>
 
 #include <cmath>
@@ -14,9 +15,15 @@ double LeadingValue(const QString& text)
 
 std::optional<double> NumericValue(const QString& text)
 {
-    bool ok = false;
-    const double value = text.trimmed().toDouble(&ok);
-    return ok && std::isfinite(value) ? std::optional<double>(value) : std::nullopt;
+    const QString trimmed = text.trimmed();
+    for (QLocale locale : {QLocale(), QLocale::c()}) {
+        locale.setNumberOptions(QLocale::RejectGroupSeparator);
+        bool ok = false;
+        const double value = locale.toDouble(trimmed, &ok);
+        if (ok)
+            return std::isfinite(value) ? std::optional<double>(value) : std::nullopt;
+    }
+    return std::nullopt;
 }
 
 std::optional<qint16> WholeNumber16(double value)

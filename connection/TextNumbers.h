@@ -13,7 +13,13 @@
 double LeadingValue(const QString& text);
 
 // The text's value when the whole of it (blanks around it aside) reads as a number; nothing
-// for an empty text or one with anything else in it ("12a", "1,5").
+// for an empty text or one with anything else in it ("12a").
+//
+// The decimal separator follows the PC's locale: where decimals are written with a comma,
+// "120,5" is 120.5. A point is a decimal point everywhere, and group separators are never
+// taken ("1,500" and, under a comma locale, "1.500,0" are not numbers), so that a typed
+// ratio can never be read a thousand times too large or small: the field is refused instead.
+// The leading value above stays locale-free, so "120,5" leads with 120 under every locale.
 std::optional<double> NumericValue(const QString& text);
 
 // `value` rounded to the nearest whole number, halves to even (2.5 gives 2, 3.5 gives 4), as

@@ -69,6 +69,15 @@ struct MeterReading {
     quint16 ptRatio1Register = 0; // PT ratio 1 in tenths
     quint16 ctRatioRegister = 0;
     double ptRatio2 = 0;          // absolute: the register's relative value × PT ratio 1
+    double ptRatio2Register = 0;  // the register's own value, relative to PT ratio 1
+
+    // The meter's communication and display settings, as its holding registers hold them.
+    int slaveAddress = 0;
+    int baudRateCode = 0;      // 1 9600, 2 19200
+    int stopBitCode = 0;       // 1 one stop bit, 2 two
+    int wiringSetting = 0;     // 0 Auto, then as wiringCode; wiringCode is what the meter detects
+    int scrollTime = 0;        // seconds
+    int serialDisplay = 0;     // 1 while the manufacturing serial number is shown
 
     Clock clock;
     QByteArray identification; // the meter's 16-character text, byte for byte

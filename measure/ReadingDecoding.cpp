@@ -90,6 +90,12 @@ void DecodeRealTimeImage(const QByteArray& image, MeterReading& reading)
     reading.wiringCode = ByteAt(image, LowByte(Input(0x10C4)));
     reading.phaseSequenceCode = ByteAt(image, LowByte(Input(0x10C5)));
     DecodeLoadProfile(image, reading);
+    reading.slaveAddress = WordAt(image, Holding(0x1000));
+    reading.baudRateCode = WordAt(image, Holding(0x1001));
+    reading.stopBitCode = WordAt(image, Holding(0x1002));
+    reading.wiringSetting = WordAt(image, Holding(0x1004));
+    reading.scrollTime = WordAt(image, Holding(0x1050));
+    reading.serialDisplay = WordAt(image, Holding(0x1051));
     for (std::size_t i = 0; i < reading.displayItems.size(); ++i)
         reading.displayItems[i] = ByteAt(image, LowByte(Holding(0x1052)) + 2 * qsizetype(i));
     Mark(reading, MeterReading::RealTimeImage);
@@ -119,7 +125,8 @@ void DecodeRatios(const QByteArray& data, MeterReading& reading)
 
 void DecodePtRatio2(const QByteArray& data, double ptRatio1, MeterReading& reading)
 {
-    reading.ptRatio2 = FloatAt(data, 0) * ptRatio1;
+    reading.ptRatio2Register = FloatAt(data, 0);
+    reading.ptRatio2 = reading.ptRatio2Register * ptRatio1;
     Mark(reading, MeterReading::PtRatio2);
 }
 

@@ -20,11 +20,13 @@ FormBinding::FormBinding(MainForm& form)
     : prompts(&form),
       screen(form),
       intervalLists(form.Combo_LP_Start_No, form.Combo_LP_Stop_No),
-      session(SessionPorts{screen, prompts, intervalLists, clock}),
+      session(SessionPorts{screen, screen, prompts, intervalLists, clock}),
+      settingsTab(form, session.settings),
       m_form(form)
 {
     ConnectConnectionControls();
     ConnectStatusArea();
+    ConnectItemLists();
 }
 
 void FormBinding::ConnectConnectionControls()
@@ -52,6 +54,20 @@ void FormBinding::ConnectStatusArea()
     connect(&session, &MeterSession::requestEcho, this,
             [this](const QString& echo) { m_form.Text12->appendPlainText(echo.trimmed()); });
     connect(m_form.chk_ShowFrames, &QCheckBox::toggled, this, [this](bool on) { session.ShowFrames(on); });
+}
+
+// Each button shows and hides its list of item codes, its caption saying what a click does.
+void FormBinding::ConnectItemLists()
+{
+    const auto toggle = [](QPushButton* button, QWidget* list) {
+        const bool show = list->isHidden();
+        list->setVisible(show);
+        button->setText(show ? QStringLiteral("Close Data Item List") : QStringLiteral("Open Data Item List"));
+    };
+    connect(m_form.cmdDisplayindex, &QPushButton::clicked, this,
+            [this, toggle] { toggle(m_form.cmdDisplayindex, m_form.DisplayIndexBox); });
+    connect(m_form.cmdLPindexon, &QPushButton::clicked, this,
+            [this, toggle] { toggle(m_form.cmdLPindexon, m_form.txtLPindex); });
 }
 
 void FormBinding::ChooseLine()

@@ -3,6 +3,7 @@
 #include "connection/MeterSession.h"
 #include "ports/Clock.h"
 #include "ui/ComboIntervalLists.h"
+#include "ui/SettingsTabBinding.h"
 #include "ui/WidgetScreen.h"
 #include "ui/WindowPrompts.h"
 
@@ -22,10 +23,12 @@ public:
     ComboIntervalLists intervalLists;
     SystemClock clock;
     MeterSession session;
+    SettingsTabBinding settingsTab;
 
 private:
     void ConnectConnectionControls();
     void ConnectStatusArea();
+    void ConnectItemLists();
     void ChooseLine();
     void ShowOnLineState(bool onLine);
 

@@ -1,9 +1,11 @@
 #pragma once
 
 #include "connection/PortCatalog.h"
+#include "settings/Setting.h"
 #include "ui/ControlArray.h"
 
 #include <QMainWindow>
+#include <QMap>
 
 #include <memory>
 
@@ -14,6 +16,7 @@ class QComboBox;
 class QLineEdit;
 class QPlainTextEdit;
 class QPushButton;
+class QTableWidget;
 class QTabWidget;
 
 // The tool's one window. Its controls are public and carry the names the core addresses its
@@ -104,7 +107,12 @@ public:
     QPushButton* Command6 = nullptr;
     QPushButton* cmdDisplayindex = nullptr;
     QPlainTextEdit* txtDisplayIndex = nullptr;
+    // The item code list with its caption: what cmdDisplayindex shows and hides.
+    QWidget* DisplayIndexBox = nullptr;
     QPlainTextEdit* txt_Display_Item = nullptr;
+    // What the meter holds now, beside each setting.
+    QMap<Setting, QLineEdit*> SettingReadbacks;
+    QTableWidget* tbl_SettingsHistory = nullptr;
 
     // "Load Profile" tab. Setting element 0 is the channel count, 1 the interval in minutes,
     // 2 onward the channel codes. Status element 0 is group 1, element 1 group 2.

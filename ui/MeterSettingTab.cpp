@@ -5,11 +5,13 @@
 #include <QComboBox>
 #include <QGridLayout>
 #include <QGroupBox>
+#include <QHeaderView>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QTableWidget>
 #include <QVBoxLayout>
 
 using namespace Controls;
@@ -19,21 +21,36 @@ namespace {
 // PT voltages such as 33000 or 63.5.
 constexpr int kVoltDigits = 7;
 
-// A setting row: what is set, the value to send and the button that sends it.
-void AddSettingRow(QGridLayout* grid, const QString& caption, QWidget* value, QPushButton* button)
+// Room for the widest value the meter reports for a setting ("≠ 2026/11/21 13:05:07").
+constexpr int kReadbackCharacters = 21;
+
+// The field beside a setting that shows what the meter holds now.
+QLineEdit* ReadbackField(MainForm& form, Setting setting, const QString& name)
+{
+    auto* field = TextReadout(name, SettingName(setting) + QStringLiteral(" the meter holds now"));
+    field->setMinimumWidth(field->fontMetrics().horizontalAdvance(QLatin1Char('0')) * kReadbackCharacters);
+    form.SettingReadbacks.insert(setting, field);
+    return field;
+}
+
+// A setting row: what is set, the value to send, the button that sends it and what the meter
+// holds now.
+void AddSettingRow(QGridLayout* grid, const QString& caption, QWidget* value, QPushButton* button, QLineEdit* readback)
 {
     const int row = grid->rowCount();
     grid->addWidget(Caption(caption, value), row, 0);
     grid->addWidget(value, row, 1, Qt::AlignLeft);
     grid->addWidget(button, row, 2);
+    grid->addWidget(readback, row, 3);
 }
 
 QGroupBox* SettingFrame(const QString& title, QGridLayout*& grid)
 {
     auto* frame = new QGroupBox(title);
     grid = new QGridLayout(frame);
+    grid->addWidget(Heading(QStringLiteral("Meter now")), 0, 3);
     // Values keep their natural width, buttons stay next to them; spare room goes to the right.
-    grid->setColumnStretch(3, 1);
+    grid->setColumnStretch(4, 1);
     return frame;
 }
 
@@ -53,9 +70,12 @@ QWidget* BuildCommunicationFrame(MainForm& form)
 
     QGridLayout* grid = nullptr;
     auto* frame = SettingFrame(QStringLiteral("Communication"), grid);
-    AddSettingRow(grid, QStringLiteral("Modbus address"), form.Combo_Modbus_add, form.cmd_Test_Modbus);
-    AddSettingRow(grid, QStringLiteral("Baud rate"), form.Combo_Modbus_BaudRate, form.Cmd_Modbus_BaudRate);
-    AddSettingRow(grid, QStringLiteral("Stop bit"), form.Combo_SetStopBit, form.Comm_Change_StopBit);
+    AddSettingRow(grid, QStringLiteral("Modbus address"), form.Combo_Modbus_add, form.cmd_Test_Modbus,
+                  ReadbackField(form, Setting::Address, QStringLiteral("txt_Meter_Address")));
+    AddSettingRow(grid, QStringLiteral("Baud rate"), form.Combo_Modbus_BaudRate, form.Cmd_Modbus_BaudRate,
+                  ReadbackField(form, Setting::BaudRate, QStringLiteral("txt_Meter_BaudRate")));
+    AddSettingRow(grid, QStringLiteral("Stop bit"), form.Combo_SetStopBit, form.Comm_Change_StopBit,
+                  ReadbackField(form, Setting::StopBit, QStringLiteral("txt_Meter_StopBit")));
     return frame;
 }
 
@@ -92,11 +112,14 @@ QWidget* BuildMeasurementSettingFrame(MainForm& form)
 
     QGridLayout* grid = nullptr;
     auto* frame = SettingFrame(QStringLiteral("Measurement"), grid);
-    AddSettingRow(grid, QStringLiteral("Wiring"), form.Combo_SetWiring, form.Comm_ChangeWiring);
-    AddSettingRow(grid, QStringLiteral("PT ratio 1"), form.Combo_PT_Ratio, form.Cmd_PT_Ratio);
+    AddSettingRow(grid, QStringLiteral("Wiring"), form.Combo_SetWiring, form.Comm_ChangeWiring,
+                  ReadbackField(form, Setting::Wiring, QStringLiteral("txt_Meter_Wiring")));
+    AddSettingRow(grid, QStringLiteral("PT ratio 1"), form.Combo_PT_Ratio, form.Cmd_PT_Ratio,
+                  ReadbackField(form, Setting::PtRatio1, QStringLiteral("txt_Meter_PtRatio1")));
     AddSettingRow(grid, QStringLiteral("PT ratio 2 (primary / secondary)"), BuildPtVoltagePair(form),
-                  form.Comm_change_VT);
-    AddSettingRow(grid, QStringLiteral("CT ratio"), form.Combo_CT_Ratio, form.Cmd_CT_Ratio);
+                  form.Comm_change_VT, ReadbackField(form, Setting::PtRatio2, QStringLiteral("txt_Meter_PtRatio2")));
+    AddSettingRow(grid, QStringLiteral("CT ratio"), form.Combo_CT_Ratio, form.Cmd_CT_Ratio,
+                  ReadbackField(form, Setting::CtRatio, QStringLiteral("txt_Meter_CtRatio")));
     return frame;
 }
 
@@ -122,6 +145,9 @@ QWidget* BuildClockFrame(MainForm& form)
         grid->addWidget(rows[r].first, r, 0);
         grid->addWidget(Caption(rows[r].second, rows[r].first), r, 1);
     }
+    QLineEdit* meterClock = ReadbackField(form, Setting::Clock, QStringLiteral("txt_Meter_Clock"));
+    grid->addWidget(Caption(QStringLiteral("Meter clock"), meterClock), 0, 2);
+    grid->addWidget(meterClock, 0, 3);
     grid->setColumnStretch(1, 1);
     return frame;
 }
@@ -161,18 +187,41 @@ QWidget* BuildDisplayFrame(MainForm& form)
     grid->addWidget(Caption(QStringLiteral("Item code"), form.Combo_Display_Item_sel), 0, 2);
     grid->addWidget(form.Combo_Display_Item_sel, 0, 3);
     grid->addWidget(form.Command5, 0, 4);
+    grid->addWidget(ReadbackField(form, Setting::DisplayItem, QStringLiteral("txt_Meter_DisplayItem")), 0, 5);
     grid->addWidget(Caption(QStringLiteral("Scroll time"), form.Combo1), 1, 0);
     grid->addWidget(form.Combo1, 1, 1);
     grid->addWidget(Heading(QStringLiteral("s")), 1, 2);
     grid->addWidget(form.Command6, 1, 4);
+    grid->addWidget(ReadbackField(form, Setting::ScrollTime, QStringLiteral("txt_Meter_ScrollTime")), 1, 5);
     grid->addWidget(form.cmdDisplayindex, 2, 4);
-    grid->setColumnStretch(5, 1);
+    grid->setColumnStretch(6, 1);
 
     auto* lists = new QHBoxLayout;
-    lists->addWidget(TitledNotes(QStringLiteral("Item codes"), form.txtDisplayIndex));
+    form.DisplayIndexBox = TitledNotes(QStringLiteral("Item codes"), form.txtDisplayIndex);
+    lists->addWidget(form.DisplayIndexBox);
     lists->addWidget(TitledNotes(QStringLiteral("Items set in the meter"), form.txt_Display_Item));
-    grid->addLayout(lists, 3, 0, 1, 6);
+    grid->addLayout(lists, 3, 0, 1, 7);
     grid->setRowStretch(3, 1);
+    return frame;
+}
+
+QWidget* BuildHistoryFrame(MainForm& form)
+{
+    auto* table = new QTableWidget(0, 4);
+    table->setObjectName(QStringLiteral("tbl_SettingsHistory"));
+    table->setAccessibleName(QStringLiteral("Settings written in this session and whether the meter took them"));
+    table->setHorizontalHeaderLabels({QStringLiteral("Time"), QStringLiteral("Setting"), QStringLiteral("Change"),
+                                      QStringLiteral("Outcome")});
+    table->horizontalHeader()->setStretchLastSection(true);
+    table->verticalHeader()->hide();
+    table->verticalHeader()->setDefaultSectionSize(table->fontMetrics().lineSpacing() + 6);
+    table->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    table->setSelectionBehavior(QAbstractItemView::SelectRows);
+    form.tbl_SettingsHistory = table;
+
+    auto* frame = new QGroupBox(QStringLiteral("Settings history"));
+    auto* column = new QVBoxLayout(frame);
+    column->addWidget(table);
     return frame;
 }
 
@@ -185,7 +234,7 @@ QWidget* MainForm::BuildMeterSettingTab()
     left->addWidget(BuildCommunicationFrame(*this));
     left->addWidget(BuildMeasurementSettingFrame(*this));
     left->addWidget(BuildClockFrame(*this));
-    left->addStretch(1);
+    left->addWidget(BuildHistoryFrame(*this), 1);
     auto* columns = new QHBoxLayout(tab);
     columns->addLayout(left, 1);
     columns->addWidget(BuildDisplayFrame(*this), 1);

@@ -3,6 +3,7 @@
 #include <QComboBox>
 #include <QLineEdit>
 #include <QPlainTextEdit>
+#include <QSignalBlocker>
 
 QWidget* WidgetScreen::Find(const QString& control) const
 {
@@ -43,4 +44,40 @@ QString WidgetScreen::Text(const QString& control) const
     if (auto* list = qobject_cast<QComboBox*>(widget))
         return list->currentText();
     return QString();
+}
+
+QComboBox* WidgetScreen::FindList(const QString& list) const
+{
+    auto* combo = qobject_cast<QComboBox*>(Find(list));
+    Q_ASSERT_X(combo != nullptr, "WidgetScreen", qPrintable(list));
+    return combo;
+}
+
+// A typed list keeps its last picked index while the operator types; the text tells.
+int WidgetScreen::ListIndex(const QString& list) const
+{
+    const QComboBox* combo = FindList(list);
+    const int index = combo->currentIndex();
+    return index >= 0 && combo->itemText(index) == combo->currentText() ? index : -1;
+}
+
+int WidgetScreen::Count(const QString& list) const
+{
+    return FindList(list)->count();
+}
+
+void WidgetScreen::Select(const QString& list, int index)
+{
+    QComboBox* combo = FindList(list);
+    const QSignalBlocker quiet(combo);
+    combo->setCurrentIndex(index);
+    if (index < 0 && combo->isEditable())
+        combo->setEditText(QString());
+}
+
+void WidgetScreen::Append(const QString& list, const QString& text)
+{
+    QComboBox* combo = FindList(list);
+    const QSignalBlocker quiet(combo);
+    combo->addItem(text);
 }

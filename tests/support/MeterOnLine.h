@@ -55,7 +55,7 @@ struct SessionOnLine {
     {
         screen.SetText(QStringLiteral("Combo_LP_Read_Group_Sel"), QStringLiteral("1"));
         meter = FrozenMeter(pacing);
-        session = std::make_unique<MeterSession>(SessionPorts{screen, prompts, lists, clock});
+        session = std::make_unique<MeterSession>(SessionPorts{screen, screen, prompts, lists, clock});
         return GoOnLineTo(*meter, session->connection);
     }
 
