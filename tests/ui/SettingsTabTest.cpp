@@ -1,0 +1,122 @@
+// The "Meter Settig" tab against the simulated meter on a paced line: the meter's address and
+// then its baud rate changed through the buttons while polling goes on, what the meter holds
+// shown beside each setting, the history, the checks of typed fields and the item lists.
+#include "connection/MeterSession.h"
+#include "sim/SimulatedMeterHost.h"
+#include "ui/MainForm.h"
+
+#include <QApplication>
+#include <QComboBox>
+#include <QFocusEvent>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QTableWidget>
+#include <QtTest>
+
+namespace {
+
+constexpr int kSettleMs = 10000;
+
+} // namespace
+
+class SettingsTabTest : public QObject {
+    Q_OBJECT
+private slots:
+    void init()
+    {
+        m_meter = std::make_unique<sim::SimulatedMeterHost>();
+        m_meter->setPacing(true);
+        m_form = std::make_unique<MainForm>();
+        m_form->session().connection.simulatedMeterDevice = m_meter->deviceSource();
+        m_form->Form_Load();
+    }
+    void cleanup()
+    {
+        m_form.reset();
+        m_meter.reset();
+    }
+
+    void addressThenBaudRateChangeWhilePollingGoesOn()
+    {
+        MainForm& f = *m_form;
+        f.ChooseSimulatedMeter();
+        f.On_Line->click();
+        QVERIFY(f.session().connection.bOnLine.isTrue());
+        QSignalSpy onLine(&f.session(), &MeterSession::onLineChanged);
+        QTRY_COMPARE_WITH_TIMEOUT(meterNow(Setting::Address), QStringLiteral("15"), kSettleMs);
+
+        f.Combo_Modbus_add->setCurrentIndex(19);
+        QCOMPARE(meterNow(Setting::Address), QStringLiteral("≠ 15")); // marked before it is sent
+        f.cmd_Test_Modbus->click();
+        QTRY_COMPARE_WITH_TIMEOUT(meterNow(Setting::Address), QStringLiteral("20"), kSettleMs);
+        QCOMPARE(f.Combo_Modbus_add_sel->currentText(), QStringLiteral("20"));
+        QTRY_COMPARE_WITH_TIMEOUT(newestOutcome(), QStringLiteral("confirmed"), kSettleMs);
+
+        for (int index : {0, 1}) {
+            f.Combo_Modbus_BaudRate->setCurrentIndex(index);
+            f.Cmd_Modbus_BaudRate->click();
+            const QString baud = f.Combo_Modbus_BaudRate->currentText();
+            QTRY_COMPARE_WITH_TIMEOUT(meterNow(Setting::BaudRate), baud, kSettleMs);
+            QCOMPARE(f.Combo_BaudRate_Sel->currentIndex(), index);
+            QTRY_COMPARE_WITH_TIMEOUT(newestOutcome(), QStringLiteral("confirmed"), kSettleMs);
+            QCOMPARE(f.tbl_SettingsHistory->item(0, 2)->text(),
+                     QStringLiteral("%1 → %2").arg(index == 0 ? "19200" : "9600", baud));
+        }
+        QCOMPARE(m_meter->holding(0x1000), quint16(20));
+        QCOMPARE(f.tbl_SettingsHistory->rowCount(), 3);
+        QVERIFY(onLine.isEmpty());
+    }
+
+    // A check runs when the focus moves on within the window, not when the field's own list
+    // drops down.
+    void aTypedFieldIsCheckedAsItLosesTheFocus()
+    {
+        MainForm& f = *m_form;
+        f.Combo_CT_Ratio->setEditText(QStringLiteral("12.5"));
+        QFocusEvent popup(QEvent::FocusOut, Qt::PopupFocusReason);
+        QApplication::sendEvent(f.Combo_CT_Ratio, &popup);
+        QCOMPARE(f.Combo_CT_Ratio->currentText(), QStringLiteral("12.5"));
+
+        QStringList shown;
+        QTimer::singleShot(0, [&shown] {
+            auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+            shown << box->windowTitle() << box->text();
+            box->accept();
+        });
+        QFocusEvent tab(QEvent::FocusOut, Qt::TabFocusReason);
+        QApplication::sendEvent(f.Combo_CT_Ratio, &tab);
+        QCOMPARE(shown, QStringList({"Error", "CT Ratio Range : 1~2400！"}));
+        QCOMPARE(f.Combo_CT_Ratio->currentText(), QString());
+    }
+
+    void theItemListButtonsShowAndHideTheirLists()
+    {
+        MainForm& f = *m_form;
+        using Toggle = std::pair<QPushButton*, QWidget*>;
+        for (auto [button, list] : {Toggle(f.cmdDisplayindex, f.DisplayIndexBox), Toggle(f.cmdLPindexon, f.txtLPindex)}) {
+            QVERIFY(!list->isHidden());
+            button->click();
+            QVERIFY(list->isHidden());
+            QCOMPARE(button->text(), QStringLiteral("Open Data Item List"));
+            button->click();
+            QVERIFY(!list->isHidden());
+            QCOMPARE(button->text(), QStringLiteral("Close Data Item List"));
+        }
+    }
+
+private:
+    QString meterNow(Setting setting) const { return m_form->SettingReadbacks.value(setting)->text(); }
+    QString newestOutcome() const
+    {
+        const QTableWidgetItem* item = m_form->tbl_SettingsHistory->item(0, 3);
+        return item ? item->text() : QString();
+    }
+
+    std::unique_ptr<sim::SimulatedMeterHost> m_meter;
+    std::unique_ptr<MainForm> m_form;
+};
+
+QTEST_MAIN(SettingsTabTest)
+#include "SettingsTabTest.moc"
