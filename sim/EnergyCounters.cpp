@@ -1,5 +1,6 @@
 #include "sim/EnergyCounters.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace sim {
@@ -12,12 +13,21 @@ EnergyCounters::EnergyCounters(quint64 seed)
     for (int p = 0; p < 3; ++p) {
         const double delivered = 8000.0 + 4000.0 * noise.constant(p);
         const double lagging = 2500.0 + 1500.0 * noise.constant(3 + p);
-        m_atPowerOn[0][p] = delivered;
-        m_atPowerOn[1][p] = 5.0 * noise.constant(6 + p);
-        m_atPowerOn[2][p] = lagging;
-        m_atPowerOn[3][p] = 3.0 * noise.constant(9 + p);
-        m_atPowerOn[4][p] = std::hypot(delivered, lagging);
+        m_inService[0][p] = delivered;
+        m_inService[1][p] = 5.0 * noise.constant(6 + p);
+        m_inService[2][p] = lagging;
+        m_inService[3][p] = 3.0 * noise.constant(9 + p);
+        m_inService[4][p] = std::hypot(delivered, lagging);
     }
+    m_atPowerOn = m_inService;
+}
+
+void EnergyCounters::inServiceSince(const ThreePhaseLoad& load, double uptime)
+{
+    const EnergyTable drawnBefore = load.energySincePowerOn(std::min(uptime, 0.0)); // zero or negative
+    for (int k = 0; k < kEnergyKinds; ++k)
+        for (int p = 0; p < 3; ++p)
+            m_atPowerOn[k][p] = m_inService[k][p] - drawnBefore[k][p];
 }
 
 EnergyTable EnergyCounters::at(const ThreePhaseLoad& load, double uptime) const

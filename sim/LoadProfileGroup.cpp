@@ -9,8 +9,9 @@
 namespace sim {
 namespace {
 
-constexpr int kMemoryBytes = 65536; // per group
+constexpr qint64 kMemoryBank = 65536;
 constexpr int kTimestampRegisters = 3;
+constexpr int kMaxRecords = 0xFFFF;
 
 double phaseSum(const EnergyTable& energy, int kind)
 {
@@ -21,9 +22,10 @@ double phaseSum(const EnergyTable& energy, int kind)
 double channelValue(quint16 code, double end, int intervalSeconds, const ThreePhaseLoad& load,
                     const EnergyCounters& energy)
 {
-    const EnergyTable atEnd = energy.at(load, end);
-    const EnergyTable atStart = energy.at(load, end - intervalSeconds);
-    const auto drawn = [&](int kind) { return phaseSum(atEnd, kind) - phaseSum(atStart, kind); };
+    // What the load drew in the interval: a clear of the counters inside it changes nothing.
+    const EnergyTable toEnd = load.energySincePowerOn(end);
+    const EnergyTable toStart = load.energySincePowerOn(end - intervalSeconds);
+    const auto drawn = [&](int kind) { return phaseSum(toEnd, kind) - phaseSum(toStart, kind); };
     const double hours = intervalSeconds / 3600.0;
     switch (code) {
     case 1: return load.measure(end).phaseVoltage[3];
@@ -32,7 +34,7 @@ double channelValue(quint16 code, double end, int intervalSeconds, const ThreePh
     case 4: return drawn(2) / hours;
     case 5: return drawn(4) / hours;
     case 6: return drawn(0) / drawn(4);
-    case 7: case 8: case 9: case 10: case 11: return phaseSum(atEnd, code - 7);
+    case 7: case 8: case 9: case 10: case 11: return phaseSum(energy.at(load, end), code - 7);
     case 12: return drawn(0);
     case 13: return drawn(2);
     case 14: return drawn(4);
@@ -43,6 +45,16 @@ double channelValue(quint16 code, double end, int intervalSeconds, const ThreePh
 int recordLength(const ProfileGroupSettings& settings)
 {
     return kTimestampRegisters + 2 * int(settings.codes.size());
+}
+
+qint64 recordBytes(int channels)
+{
+    return 2 * kTimestampRegisters + 4 * qint64(channels);
+}
+
+int intervalSeconds(const ProfileGroupSettings& settings)
+{
+    return 60 * std::max(settings.intervalMinutes, 1);
 }
 
 } // namespace
@@ -58,25 +70,35 @@ void LoadProfileGroup::restart(const SimClock& clock, int intervalMinutes, int r
     m_anchorCount = recorded;
 }
 
-int LoadProfileGroup::maxCount(int channels)
+void LoadProfileGroup::enlargeToHold(int records, int channels)
 {
-    return std::min(0xFFFF, kMemoryBytes / (6 + 4 * channels));
+    const qint64 banks = (std::clamp(records, 0, kMaxRecords) * recordBytes(channels) + kMemoryBank - 1) / kMemoryBank;
+    m_memoryBytes = std::max(m_memoryBytes, banks * kMemoryBank);
+}
+
+int LoadProfileGroup::maxCount(int channels) const
+{
+    return int(std::min<qint64>(kMaxRecords, m_memoryBytes / recordBytes(channels)));
 }
 
 int LoadProfileGroup::validCount(double uptime, const ProfileGroupSettings& settings) const
 {
-    const double intervalSeconds = 60.0 * std::max(settings.intervalMinutes, 1);
-    const auto recordedSince = static_cast<int>(std::floor((uptime - m_anchorUptime) / intervalSeconds));
+    const auto recordedSince = static_cast<int>(std::floor((uptime - m_anchorUptime) / intervalSeconds(settings)));
     return std::min(maxCount(int(settings.codes.size())), m_anchorCount + std::max(recordedSince, 0));
+}
+
+double LoadProfileGroup::oldestStart(const ProfileGroupSettings& settings) const
+{
+    return m_anchorUptime - double(m_anchorCount) * intervalSeconds(settings);
 }
 
 QList<quint16> LoadProfileGroup::record(int number, const ProfileGroupSettings& settings,
                                         const ThreePhaseLoad& load, const EnergyCounters& energy) const
 {
-    const int intervalSeconds = 60 * std::max(settings.intervalMinutes, 1);
+    const int seconds = intervalSeconds(settings);
     const int stepsFromAnchor = number - m_anchorCount;
-    const double end = m_anchorUptime + double(stepsFromAnchor) * intervalSeconds;
-    const QDateTime stamp = m_anchorClock.addSecs(qint64(stepsFromAnchor) * intervalSeconds);
+    const double end = m_anchorUptime + double(stepsFromAnchor) * seconds;
+    const QDateTime stamp = m_anchorClock.addSecs(qint64(stepsFromAnchor) * seconds);
 
     QList<quint16> registers(recordLength(settings), 0);
     const auto pair = [](int high, int low) { return static_cast<quint16>((high << 8) | low); };
@@ -84,7 +106,7 @@ QList<quint16> LoadProfileGroup::record(int number, const ProfileGroupSettings& 
     registers[1] = pair(stamp.date().day(), stamp.time().hour());
     registers[2] = pair(stamp.time().minute(), stamp.time().second());
     for (qsizetype k = 0; k < settings.codes.size(); ++k)
-        putFloat(registers, kTimestampRegisters + 2 * k, channelValue(settings.codes[k], end, intervalSeconds, load, energy));
+        putFloat(registers, kTimestampRegisters + 2 * k, channelValue(settings.codes[k], end, seconds, load, energy));
     return registers;
 }
 

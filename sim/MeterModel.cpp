@@ -93,6 +93,15 @@ MeterModel::MeterModel(quint64 seed, const QDateTime& clock, SimClock::Mode mode
         restartGroup(g, kRecordedAtPowerOn[g]);
 }
 
+void MeterModel::startWithHistory(int group, int recorded)
+{
+    const int held = std::clamp(recorded, 0, 0xFFFF);
+    m_groups[group].enlargeToHold(held, int(groupSettings(group).codes.size()));
+    restartGroup(group, held);
+    m_energy.inServiceSince(m_load, std::min(m_groups[0].oldestStart(groupSettings(0)),
+                                             m_groups[1].oldestStart(groupSettings(1))));
+}
+
 RegisterRead MeterModel::read(Table table, quint16 start, quint16 count) const
 {
     for (const Block& block : kServedBlocks) {
@@ -229,7 +238,7 @@ QList<quint16> MeterModel::profileCounterImage(double uptime) const
     for (int g = 0; g < 2; ++g) {
         const ProfileGroupSettings settings = groupSettings(g);
         image[at(Reg::kValidIntervals) + g] = static_cast<quint16>(m_groups[g].validCount(uptime, settings));
-        image[at(Reg::kMaxIntervals) + g] = static_cast<quint16>(LoadProfileGroup::maxCount(int(settings.codes.size())));
+        image[at(Reg::kMaxIntervals) + g] = static_cast<quint16>(m_groups[g].maxCount(int(settings.codes.size())));
     }
     const quint16 valid = image[at(Reg::kValidIntervals)];
     image[at(Reg::kRecordRange)] = valid > 0 ? 1 : 0;

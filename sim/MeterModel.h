@@ -38,6 +38,13 @@ class MeterModel {
 public:
     explicit MeterModel(quint64 seed = 1, const QDateTime& clock = {}, SimClock::Mode mode = SimClock::Mode::Running);
 
+    // Makes group `group` (0 or 1) hold `recorded` intervals (at most 65535), the last one
+    // ending on the interval boundary at or before the clock, its memory enlarged to fit
+    // them if need be. For a meter with a long history; call it right after construction,
+    // before anything reads the meter, since its energy counters are set back so that they
+    // stay positive over the whole history.
+    void startWithHistory(int group, int recorded);
+
     // What a read request of `count` registers gets: the values, or IllegalDataAddress when
     // any of them lies outside the served blocks.
     RegisterRead read(Table table, quint16 start, quint16 count) const;

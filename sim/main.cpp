@@ -10,6 +10,7 @@
 #include <QTextStream>
 
 #include <optional>
+#include <utility>
 
 namespace {
 
@@ -18,6 +19,7 @@ struct Options {
     quint64 seed = 1;
     bool pacing = true;
     int turnaroundMs = 3;
+    std::optional<int> history; // intervals each load-profile group holds at power-on
 };
 
 // The options, or the reason they cannot be used.
@@ -32,7 +34,10 @@ std::optional<Options> parse(const QCoreApplication& app, QString& error)
     const QCommandLineOption seed(QStringLiteral("seed"), QStringLiteral("Seed of the simulated load."), QStringLiteral("N"), QStringLiteral("1"));
     const QCommandLineOption noPacing(QStringLiteral("no-pacing"), QStringLiteral("Answer without line timing, at any line speed."));
     const QCommandLineOption turnaround(QStringLiteral("turnaround"), QStringLiteral("Turnaround before each reply."), QStringLiteral("MS"), QStringLiteral("3"));
-    parser.addOptions({address, seed, noPacing, turnaround});
+    const QCommandLineOption history(QStringLiteral("history"),
+        QStringLiteral("Both load-profile groups start holding N recorded intervals (0-65535), their memory "
+                       "enlarged to fit; without it, 1440 and 960."), QStringLiteral("N"));
+    parser.addOptions({address, seed, noPacing, turnaround, history});
     parser.process(app);
 
     Options options;
@@ -54,6 +59,14 @@ std::optional<Options> parse(const QCoreApplication& app, QString& error)
         return std::nullopt;
     }
     options.pacing = !parser.isSet(noPacing);
+    if (parser.isSet(history)) {
+        const uint intervals = parser.value(history).toUInt(&ok);
+        if (!ok || intervals > 0xFFFF) {
+            error = QStringLiteral("--history must be 0 to 65535 intervals");
+            return std::nullopt;
+        }
+        options.history = int(intervals);
+    }
     return options;
 }
 
@@ -73,7 +86,12 @@ int main(int argc, char* argv[])
         return 2;
     }
 
-    sim::SimulatedMeterHost host(sim::MeterModel(options->seed));
+    sim::MeterModel model(options->seed);
+    if (options->history) {
+        for (int group = 0; group < 2; ++group)
+            model.startWithHistory(group, *options->history);
+    }
+    sim::SimulatedMeterHost host(std::move(model));
     host.setHolding(sim::Reg::kSlaveAddress, options->address);
     host.setPacing(options->pacing);
     host.setTurnaround(options->turnaroundMs);

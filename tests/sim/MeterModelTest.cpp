@@ -85,6 +85,11 @@ private slots:
             QCOMPARE(energy(meter, kind), 0.0);
         meter.clock().advance(60);
         QVERIFY(energy(meter, 0) > 0);
+        // The quarter hour just ended, the clear in it, still records what was drawn in it.
+        meter.setHolding(0x104D, meter.input(0x1191));
+        const QList<quint16> record = meter.read(Table::Input, 0x2100, 11).values; // codes 6, 12, 13, 14
+        QCOMPARE(record.mid(0, 3), (QList<quint16>{(26 << 8) | 11, (16 << 8) | 1, 0}));
+        QVERIFY(floatAt(record, 5) > kw / 5 && floatAt(record, 7) > 0);
     }
 
     void clockRunsAndIsSetByWrites()
@@ -150,6 +155,53 @@ private slots:
         QCOMPARE(meter.read(Table::Input, 0x1191, 3).values, (QList<quint16>{0, 65536 / 38, 65536 / 14}));
         meter.clock().advance(15 * 60);
         QCOMPARE(meter.read(Table::Input, 0x1190, 2).values, (QList<quint16>{1, 1}));
+    }
+
+    void aLongHistoryStaysPlausibleAndSurvivesAClear()
+    {
+        // Group 1 records codes 1 to 12, group 2 codes 6, 12, 13, 14, 1 to 4; each the most
+        // quarter hours the counters can count (682 days), the last ending at 23:45 before
+        // the clock's 23:59:07.
+        MeterModel meter = frozenMeter();
+        meter.setHolding(0x1034, 12);
+        meter.setHolding(0x1043, 8);
+        meter.startWithHistory(0, 65535);
+        meter.startWithHistory(1, 70000);
+        QCOMPARE(meter.read(Table::Input, 0x1190, 4).values, (QList<quint16>{65535, 65535, 65535, 65535}));
+        const QDateTime last(QDate(2026, 11, 15), QTime(23, 45), Qt::UTC);
+
+        for (int g = 0; g < 2; ++g) {
+            const int channels = g == 0 ? 12 : 8, length = 3 + 2 * channels;
+            std::array<double, 12> previous{}; // running totals start above zero
+            for (const int first : {1, 32768, 65532}) {
+                meter.setHolding(0x104D, quint16(first));
+                const QList<quint16> area = meter.read(Table::Input, g == 0 ? 0x2000 : 0x2100, 125).values;
+                for (int n = first; (n - first + 1) * length <= 125; ++n) {
+                    const QList<quint16> record = area.mid((n - first) * length, length);
+                    if (n > 65535) {
+                        QCOMPARE(record, QList<quint16>(length, 0));
+                        continue;
+                    }
+                    const QDateTime stamp(QDate(2000 + (record[0] >> 8), record[0] & 0xFF, record[1] >> 8),
+                                          QTime(record[1] & 0xFF, record[2] >> 8, record[2] & 0xFF), Qt::UTC);
+                    QCOMPARE(stamp, last.addSecs(-15 * 60 * qint64(65535 - n)));
+                    for (int k = 0; k < channels; ++k) {
+                        const int code = meter.holding(quint16((g == 0 ? 0x1036 : 0x1045) + k));
+                        const double value = floatAt(record, 3 + 2 * k);
+                        // Totals (7 to 11) never fall, interval energies (12 to 14) never go negative.
+                        const double floor = code >= 12 ? 0.0 : code >= 7 ? previous[k] : -INFINITY;
+                        QVERIFY2(value >= floor, qPrintable(QStringLiteral("group %1, record %2, code %3: %4 below %5")
+                                                               .arg(g + 1).arg(n).arg(code).arg(value).arg(floor)));
+                        previous[k] = value;
+                    }
+                }
+            }
+        }
+
+        // A clear or another channel count empties the group; the memory stays as large.
+        QCOMPARE(meter.write(0x1033, {0x33}), ModbusError::None);
+        QCOMPARE(meter.write(0x1043, {4}), ModbusError::None);
+        QCOMPARE(meter.read(Table::Input, 0x1190, 4).values, (QList<quint16>{0, 0, 65535, 65535}));
     }
 };
 
