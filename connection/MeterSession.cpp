@@ -7,6 +7,8 @@ MeterSession::MeterSession(const SessionPorts& ports, QObject* parent)
       connection(ports.prompts),
       poll(connection, ports.screen, ports.intervalLists, ports.clock),
       settings(connection, poll, ports),
+      lpGroups(connection, poll, ports),
+      download(connection, poll, ports),
       m_screen(ports.screen)
 {
     connect(&connection.link, &RegisterLink::statusText, this,
@@ -26,8 +28,7 @@ MeterSession::MeterSession(const SessionPorts& ports, QObject* parent)
 void MeterSession::WentOffLine(const QString& reason)
 {
     m_screen.SetText(QStringLiteral("txt_Online"), QStringLiteral("Off Line"));
-    if (download.StopForOffLine())
-        emit downloadInterrupted();
+    download.StopForOffLine();
     QString why = reason;
     if (const int dropped = poll.pending.DropAll(); dropped > 0) {
         why += (why.isEmpty() ? QString() : QStringLiteral(" "))

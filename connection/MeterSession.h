@@ -4,6 +4,7 @@
 #include "connection/PollCycle.h"
 #include "connection/SessionPorts.h"
 #include "loadprofile/LpDownload.h"
+#include "loadprofile/LpGroupSettings.h"
 #include "settings/MeterSettings.h"
 
 #include <QObject>
@@ -35,13 +36,12 @@ public:
     Connection connection;
     PollCycle poll;
     MeterSettings settings;
+    LpGroupSettings lpGroups;
     LpDownload download;
 
 signals:
     // After the connection changed state and the session has followed.
     void onLineChanged(bool onLine);
-    // A download was running when the tool went off line and can be resumed.
-    void downloadInterrupted();
     // The request echo, one frame at a time, while frames are shown.
     void requestEcho(const QString& text);
 

@@ -40,3 +40,12 @@ std::optional<qint16> WholeNumberOf(const QString& text)
     const auto value = NumericValue(text);
     return value ? WholeNumber16(*value) : std::nullopt;
 }
+
+std::optional<qint32> WholeNumber32Of(const QString& text)
+{
+    const auto value = NumericValue(text);
+    const double whole = value ? std::nearbyint(*value) : 0.0;
+    if (!value || !(whole >= -2147483648.0 && whole <= 2147483647.0))
+        return std::nullopt;
+    return qint32(whole);
+}

@@ -28,3 +28,6 @@ std::optional<qint16> WholeNumber16(double value);
 
 // The whole number of a text: its numeric value as a 16-bit whole number.
 std::optional<qint16> WholeNumberOf(const QString& text);
+
+// The whole number of a text as a 32-bit value (interval numbers reach beyond 16 bits).
+std::optional<qint32> WholeNumber32Of(const QString& text);

@@ -48,6 +48,16 @@ QByteArray WriteMultipleRequest(quint8 address, quint16 start, quint16 count, co
     return withCrcRoom(frame);
 }
 
+QByteArray RegisterData(const QList<quint16>& values)
+{
+    QByteArray data;
+    for (quint16 value : values) {
+        data.append(char(value >> 8));
+        data.append(char(value & 0xFF));
+    }
+    return data;
+}
+
 void Seal(Crc16& crc, QByteArray& frame)
 {
     const qsizetype body = frame.size() - 2;

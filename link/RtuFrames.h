@@ -3,6 +3,7 @@
 #include "link/Crc16.h"
 
 #include <QByteArray>
+#include <QList>
 #include <QString>
 #include <QtGlobal>
 
@@ -31,6 +32,9 @@ QByteArray ReadRequest(quint8 address, quint8 function, quint16 start, quint16 c
 QByteArray WriteSingleRequest(quint8 address, quint16 reg, quint16 value);
 // `data` holds 2·count bytes, two per register, high byte first.
 QByteArray WriteMultipleRequest(quint8 address, quint16 start, quint16 count, const QByteArray& data);
+
+// The data bytes of register values: two per register, high byte first.
+QByteArray RegisterData(const QList<quint16>& values);
 
 // Computes the CRC over all but the last two bytes of `frame` and stores it there.
 void Seal(Crc16& crc, QByteArray& frame);

@@ -5,12 +5,7 @@
 
 QByteArray RegisterWrite::Data() const
 {
-    QByteArray data;
-    for (quint16 value : values) {
-        data.append(char(value >> 8));
-        data.append(char(value & 0xFF));
-    }
-    return data;
+    return Rtu::RegisterData(values);
 }
 
 namespace SettingWrites {

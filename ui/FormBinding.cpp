@@ -27,6 +27,29 @@ FormBinding::FormBinding(MainForm& form)
     ConnectConnectionControls();
     ConnectStatusArea();
     ConnectItemLists();
+    ConnectLoadProfile();
+}
+
+void FormBinding::ConnectLoadProfile()
+{
+    MainForm& f = m_form;
+    LpGroupSettings& groups = session.lpGroups;
+    connect(f.Comm_LP_G1_Set, &QPushButton::clicked, &groups, &LpGroupSettings::Comm_LP_G1_Set_Click);
+    connect(f.Comm_LP_G2_Set, &QPushButton::clicked, &groups, &LpGroupSettings::Comm_LP_G2_Set_Click);
+    connect(f.Comm_Clr_G1_Data, &QPushButton::clicked, &groups, &LpGroupSettings::Comm_Clr_G1_Data_Click);
+    connect(f.Comm_Clr_G2_Data, &QPushButton::clicked, &groups, &LpGroupSettings::Comm_Clr_G2_Data_Click);
+
+    LpDownload& download = session.download;
+    connect(f.Command8, &QPushButton::clicked, &download, &LpDownload::Command8_Click);
+    m_lpChecks.Add(f.Combo_LP_Start_No, [&download] { download.Combo_LP_Start_No_Validate(); });
+    m_lpChecks.Add(f.Combo_LP_Stop_No, [&download] { download.Combo_LP_Stop_No_Validate(); });
+    connect(&download, &LpDownload::faceChanged, this, [this](LpDownload::Face face, const QString& caption) {
+        m_form.Command8->setText(caption);
+        if (face == LpDownload::Face::Normal)
+            m_form.Command8->setPalette(QPalette());
+        else
+            SetBackground(m_form.Command8, face == LpDownload::Face::Reading ? kOnLineColour : kResumableColour);
+    });
 }
 
 void FormBinding::ConnectConnectionControls()
@@ -44,8 +67,6 @@ void FormBinding::ConnectConnectionControls()
         session.On_Line_Click(m_form.Combo_Modbus_add_sel->currentText());
     });
     connect(&session, &MeterSession::onLineChanged, this, &FormBinding::ShowOnLineState);
-    connect(&session, &MeterSession::downloadInterrupted, this,
-            [this] { SetBackground(m_form.Command8, kResumableColour); });
 }
 
 void FormBinding::ConnectStatusArea()

@@ -3,6 +3,7 @@
 #include "connection/MeterSession.h"
 #include "ports/Clock.h"
 #include "ui/ComboIntervalLists.h"
+#include "ui/LeaveChecks.h"
 #include "ui/SettingsTabBinding.h"
 #include "ui/WidgetScreen.h"
 #include "ui/WindowPrompts.h"
@@ -29,8 +30,10 @@ private:
     void ConnectConnectionControls();
     void ConnectStatusArea();
     void ConnectItemLists();
+    void ConnectLoadProfile();
     void ChooseLine();
     void ShowOnLineState(bool onLine);
 
     MainForm& m_form;
+    LeaveChecks m_lpChecks;
 };

@@ -5,7 +5,6 @@
 #include "ui/StateColours.h"
 
 #include <QComboBox>
-#include <QFocusEvent>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTableWidget>
@@ -19,7 +18,7 @@ const QString kDiffersMark = QStringLiteral("≠ ");
 } // namespace
 
 SettingsTabBinding::SettingsTabBinding(MainForm& form, MeterSettings& settings)
-    : QObject(&form), m_form(form), m_settings(settings)
+    : m_form(form), m_settings(settings)
 {
     ConnectButtons();
     ConnectChecks();
@@ -57,26 +56,14 @@ void SettingsTabBinding::ConnectButtons()
 
 void SettingsTabBinding::ConnectChecks()
 {
-    m_checks = {
+    const QList<std::pair<QWidget*, void (MeterSettings::*)()>> checks{
         {m_form.Combo_Modbus_add, &MeterSettings::Combo_Modbus_add_Validate},
         {m_form.Combo_Modbus_add_sel, &MeterSettings::Combo_Modbus_add_sel_Validate},
         {m_form.Combo_CT_Ratio, &MeterSettings::Combo_CT_Ratio_Validate},
         {m_form.Combo_PT_Ratio, &MeterSettings::Combo_PT_Ratio_Validate},
     };
-    for (QObject* field : m_checks.keys())
-        field->installEventFilter(this);
-}
-
-// A field is checked when the focus moves to another control of the window; not when the
-// field's own list drops down, nor when another window (the error box itself) takes the focus.
-bool SettingsTabBinding::eventFilter(QObject* watched, QEvent* event)
-{
-    if (event->type() == QEvent::FocusOut) {
-        const Qt::FocusReason reason = static_cast<QFocusEvent*>(event)->reason();
-        if (reason != Qt::PopupFocusReason && reason != Qt::ActiveWindowFocusReason)
-            (m_settings.*m_checks.value(watched))();
-    }
-    return QObject::eventFilter(watched, event);
+    for (const auto& [field, check] : checks)
+        m_checks.Add(field, [this, check = check] { (m_settings.*check)(); });
 }
 
 void SettingsTabBinding::ShowReadBack()

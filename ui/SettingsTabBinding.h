@@ -1,6 +1,7 @@
 #pragma once
 
-#include <QHash>
+#include "ui/LeaveChecks.h"
+
 #include <QObject>
 
 class MainForm;
@@ -13,9 +14,6 @@ class SettingsTabBinding : public QObject {
 public:
     SettingsTabBinding(MainForm& form, MeterSettings& settings);
 
-protected:
-    bool eventFilter(QObject* watched, QEvent* event) override;
-
 private:
     void ConnectButtons();
     void ConnectChecks();
@@ -24,5 +22,5 @@ private:
 
     MainForm& m_form;
     MeterSettings& m_settings;
-    QHash<QObject*, void (MeterSettings::*)()> m_checks;
+    LeaveChecks m_checks;
 };

@@ -1,0 +1,273 @@
+// Load-profile downloads against the simulated meter: the steps and texts of a range, the day's
+// file and its header blocks, safe file names from hostile identifications, a folder that
+// cannot be written, a disk that fills up, and downloads broken by faults and continued until
+// the file holds every interval once.
+#include "MeterOnLine.h"
+#include "link/RtuFrames.h"
+#include "loadprofile/LpCsvFile.h"
+
+#include <QDir>
+#include <QFile>
+#include <QRandomGenerator>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+using sim::Fault;
+
+namespace {
+
+constexpr int kDownloadMs = 30000;
+
+QList<QByteArray> Lines(const QString& path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return {};
+    QList<QByteArray> lines = file.readAll().split('\n');
+    lines.removeLast(); // after the last line end
+    for (QByteArray& line : lines)
+        line.chop(1); // the carriage return
+    return lines;
+}
+
+} // namespace
+
+class LpDownloadTest : public QObject {
+    Q_OBJECT
+private slots:
+    void init()
+    {
+        m_on = std::make_unique<SessionOnLine>();
+        QVERIFY(m_on->begin());
+        QVERIFY(m_folder.isValid());
+        download().programFolder = m_folder.path();
+        download().documentsFolder = QString();
+        tick(); // the identification and the groups' configuration
+    }
+    void cleanup()
+    {
+        m_on.reset();
+        QDir(m_folder.filePath("LP Data")).removeRecursively();
+    }
+
+    // Each step asks for the number of its first interval and at most four records; the last
+    // step ends the download with the stop number, counted from 1.
+    void aRangeIsReadInStepsOfFour_data()
+    {
+        QTest::addColumn<int>("start");
+        QTest::addColumn<int>("stop");
+        QTest::addColumn<QList<int>>("pointers");
+        QTest::newRow("start = stop") << 7 << 7 << QList<int>{7};
+        QTest::newRow("five in two steps") << 3 << 7 << QList<int>{3, 7};
+        QTest::newRow("eight") << 1 << 8 << QList<int>{1, 5};
+        QTest::newRow("nine") << 1 << 9 << QList<int>{1, 5, 9};
+    }
+    void aRangeIsReadInStepsOfFour()
+    {
+        QFETCH(int, start);
+        QFETCH(int, stop);
+        QFETCH(QList<int>, pointers);
+        QSignalSpy faces(&download(), &LpDownload::faceChanged);
+        m_on->meter->clearRequestLog();
+        downloadRange(start, stop);
+
+        QList<int> written;
+        for (const sim::LoggedRequest& request : m_on->meter->requestLog()) {
+            if (request.frame.mid(1, 3) == QByteArray::fromHex("10104d"))
+                written.append(quint8(request.frame[7]) << 8 | quint8(request.frame[8]));
+        }
+        QCOMPARE(written, pointers);
+        QCOMPARE(m_on->screen.texts["Text6"], QStringLiteral("Last number of download interval : %1，and finish download！").arg(stop));
+        QCOMPARE(faces.first().at(1).toString(), "Reading");
+        QCOMPARE(faces.last().at(1).toString(), "Read And Save");
+        QVERIFY(session().connection.Timer1Sec.isActive());
+        QCOMPARE(rows(), expectedRows(start, stop));
+    }
+
+    // Each download of the day opens a new header block in the same file of the group.
+    void twoDownloadsShareTheDaysFile()
+    {
+        downloadRange(1, 2);
+        downloadRange(3, 3);
+        const QString name = "SN004217_20261116_Group1.csv";
+        QCOMPARE(QFileInfo(download().LpFilePath).fileName(), name);
+        const QList<QByteArray> lines = Lines(download().LpFilePath);
+        QCOMPARE(lines.size(), 2 + 2 + 2 + 1);
+        QVERIFY(lines[0].startsWith("Date : "));
+        QCOMPARE(lines[1], "Date,Time,Vln_avg(point),I_avg(point),kW_avg(interval),kVar_avg(interval),"
+                           "kVA_avg(interval),kWh+(total),kvarh+(total),kVAh(total)");
+        QVERIFY(lines[4].startsWith("Date : "));
+        QCOMPARE(lines[5], lines[1]);
+        QCOMPARE(rows(), expectedRows(1, 2) + expectedRows(3, 3));
+    }
+
+    void hostileIdentificationsMakeSafeNames_data()
+    {
+        QTest::addColumn<QByteArray>("after");
+        QTest::addColumn<QString>("stem");
+        QTest::newRow("plain") << QByteArray("SN004217") << "SN004217";
+        QTest::newRow("climbing out") << QByteArray("../../x\0", 8) << "______x";
+        QTest::newRow("separators and tab") << QByteArray("AB\tC/D:") << "AB_C_D_";
+        QTest::newRow("nul inside") << QByteArray("AB\0CD", 5) << "AB_CD";
+        QTest::newRow("trailing dot") << QByteArray("SN 42.") << "SN 42_";
+        QTest::newRow("hidden file") << QByteArray(".profile") << "_profile";
+        QTest::newRow("device name") << QByteArray("con  ") << "_con";
+        QTest::newRow("all padding") << QByteArray(8, '\0') << "test_";
+        QTest::newRow("latin-1 kept") << QByteArray("\xC4\xD6") << "ÄÖ";
+    }
+    void hostileIdentificationsMakeSafeNames()
+    {
+        QFETCH(QByteArray, after);
+        QFETCH(QString, stem);
+        const QByteArray identification = QByteArray("QX5820  ") + after;
+        QCOMPARE(LpCsvFile::MeterStem(identification), stem);
+        QCOMPARE(LpCsvFile::FileName(QByteArray(), QDate(2026, 11, 21), 1), "test__20261121_Group2.csv");
+    }
+
+    // An installed program's folder is often read-only: the file goes to the documents folder,
+    // and the status line says where.
+    void aFolderThatCannotBeWrittenFallsBackToTheDocuments()
+    {
+        QFile blocker(m_folder.filePath("not a folder"));
+        QVERIFY(blocker.open(QIODevice::WriteOnly));
+        download().programFolder = blocker.fileName();
+        download().documentsFolder = m_folder.path();
+        choose(1, 1);
+        download().Command8_Click();
+        QVERIFY(m_on->screen.texts["Text6"].contains(QDir::toNativeSeparators(m_folder.filePath("LP Data"))));
+        waitForTheEnd();
+        QCOMPARE(rows(), expectedRows(1, 1));
+    }
+
+    // A disk that fills up stops the download at the step whose rows did not fit: nothing of
+    // them stays, the index stands, and the download continues once there is room.
+    void aFullDiskStopsAtTheStepAndContinuesLater()
+    {
+        choose(1, 12);
+        download().Command8_Click();
+        QTRY_VERIFY(download().LpCurrentIndex >= 4);
+        const QString path = download().LpFilePath;
+        QFile kept(path);
+        QVERIFY(kept.open(QIODevice::ReadOnly));
+        const QByteArray saved = kept.readAll();
+        kept.close();
+        QVERIFY(QFile::remove(path));
+        QVERIFY(QFile::link("/dev/full", path));
+        QTRY_VERIFY_WITH_TIMEOUT(!download().Timer_RS_Lpf.isActive(), kDownloadMs);
+        QVERIFY(m_on->screen.texts["Text6"].startsWith("Cannot write " + QDir::toNativeSeparators(path)));
+        QVERIFY(session().connection.Timer1Sec.isActive()); // polling goes on meanwhile
+
+        QVERIFY(QFile::remove(path));
+        QFile restored(path);
+        QVERIFY(restored.open(QIODevice::WriteOnly));
+        restored.write(saved.left(saved.size())); // what the finished steps wrote
+        restored.close();
+        const int questions = int(m_on->prompts.questions.size());
+        download().Command8_Click();
+        QCOMPARE(m_on->prompts.questions.size(), questions + 1);
+        waitForTheEnd();
+        QCOMPARE(rows(), expectedRows(1, 12));
+    }
+
+    // Downloads broken by a meter that stops answering properly or a port that vanishes, each
+    // continued with "Yes" once on line again, until the file holds the whole range once.
+    void brokenDownloadsContinuedLoseNothing_data()
+    {
+        QTest::addColumn<quint32>("seed");
+        for (quint32 seed : {1u, 2u, 3u, 4u})
+            QTest::addRow("seed %u", seed) << seed;
+    }
+    void brokenDownloadsContinuedLoseNothing()
+    {
+        QFETCH(quint32, seed);
+        QRandomGenerator random(seed);
+        RegisterLink& link = session().connection.link;
+        link.bShowFrames = kTrue;
+        int requests = 0;
+        int faultAt = 0;
+        connect(&link, &RegisterLink::requestEcho, this, [&] {
+            if (++requests != faultAt)
+                return;
+            if (random.bounded(2) == 0)
+                m_on->meter->injectFault(Fault::badCrc(), RegisterLink::kAttempts);
+            else
+                QTimer::singleShot(0, this, [this] { m_on->meter->stop(); });
+        });
+        choose(1, 40);
+        for (int interruptions = 0; interruptions < 3; ++interruptions) {
+            requests = 0;
+            faultAt = 1 + int(random.bounded(12u));
+            download().Command8_Click();
+            QTRY_VERIFY_WITH_TIMEOUT(!download().Timer_RS_Lpf.isActive(), kDownloadMs);
+            if (download().bLpDownloadActive == kFalse)
+                break;
+            QVERIFY(!session().connection.bOnLine.isTrue());
+            session().On_Line_Click(QStringLiteral("15"));
+            QVERIFY(session().connection.bOnLine.isTrue());
+        }
+        faultAt = 0;
+        if (download().bLpDownloadActive != kFalse) {
+            download().Command8_Click();
+            waitForTheEnd();
+        }
+        QCOMPARE(rows(), expectedRows(1, 40));
+    }
+
+private:
+    MeterSession& session() { return *m_on->session; }
+    LpDownload& download() { return m_on->session->download; }
+    void tick() { session().poll.Timer1Sec_Timer(); }
+
+    void choose(int start, int stop)
+    {
+        m_on->screen.SetText("Combo_LP_Start_No", QString::number(start));
+        m_on->screen.SetText("Combo_LP_Stop_No", QString::number(stop));
+    }
+    void waitForTheEnd()
+    {
+        QTRY_VERIFY_WITH_TIMEOUT(download().bLpDownloadActive == kFalse, kDownloadMs);
+    }
+    void downloadRange(int start, int stop)
+    {
+        choose(start, stop);
+        download().Command8_Click();
+        waitForTheEnd();
+    }
+
+    // The data rows of the file, header blocks left out.
+    QList<QByteArray> rows() const
+    {
+        QList<QByteArray> data;
+        for (const QByteArray& line : Lines(m_on->session->download.LpFilePath)) {
+            if (!line.startsWith("Date"))
+                data.append(line);
+        }
+        return data;
+    }
+
+    // The rows of intervals first..last as the meter holds them (its clock stands still).
+    QList<QByteArray> expectedRows(int first, int last)
+    {
+        const int channels = 8;
+        const quint16 length = quint16(3 + 2 * channels);
+        QList<QByteArray> expected;
+        for (int number = first; number <= last; ++number) {
+            const auto record = m_on->meter->withModel([&](sim::MeterModel& model) {
+                const quint16 pointer = model.holding(0x104D);
+                model.write(0x104D, {quint16(number)});
+                const sim::RegisterRead read = model.read(sim::Table::Input, 0x2000, length);
+                model.write(0x104D, {pointer});
+                return read.values;
+            });
+            expected.append(LpCsvFile::Rows(Rtu::RegisterData(record), 1, channels).chopped(2));
+        }
+        return expected;
+    }
+
+    QTemporaryDir m_folder;
+    std::unique_ptr<SessionOnLine> m_on;
+};
+
+QTEST_GUILESS_MAIN(LpDownloadTest)
+#include "LpDownloadTest.moc"
