@@ -1,5 +1,6 @@
-// Renders each tab of the window to a PNG while on line to the simulated meter, so that the
-// screen can be looked at without a display: qx5820-screenshots OUTPUT_DIR [SECONDS]
+// Renders each tab of the window to a PNG while on line to the simulated meter, and the
+// load-profile tab during and after a download, so that the screen can be looked at without a
+// display: qx5820-screenshots OUTPUT_DIR [SECONDS]
 #include "connection/MeterSession.h"
 #include "sim/SimulatedMeterHost.h"
 #include "ui/MainForm.h"
@@ -9,6 +10,7 @@
 #include <QDir>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QTemporaryDir>
 #include <QTabWidget>
 #include <QTimer>
 
@@ -43,18 +45,34 @@ int main(int argc, char* argv[])
     form.txtPT2->setText(QStringLiteral("110"));
     form.Comm_change_VT->click();
 
+    const auto save = [&](const QString& name) {
+        const QString file = out.filePath(name);
+        if (!form.grab().save(file)) {
+            std::fprintf(stderr, "cannot write %s\n", qPrintable(file));
+            app.exit(1);
+            return false;
+        }
+        std::printf("%s\n", qPrintable(file));
+        return true;
+    };
+    // The tabs, then the load-profile tab during and after a download of 60 intervals (into a
+    // folder that goes away with the program).
+    QTemporaryDir lpFolder;
+    form.session().download.programFolder = lpFolder.path();
     QTimer::singleShot(seconds * 1000, &form, [&] {
         for (int tab = 0; tab < form.tabs->count(); ++tab) {
             form.tabs->setCurrentIndex(tab);
-            const QString file = out.filePath(QStringLiteral("tab%1.png").arg(tab));
-            if (!form.grab().save(file)) {
-                std::fprintf(stderr, "cannot write %s\n", qPrintable(file));
-                app.exit(1);
+            if (!save(QStringLiteral("tab%1.png").arg(tab)))
                 return;
-            }
-            std::printf("%s\n", qPrintable(file));
         }
-        form.close();
+        form.Combo_LP_Start_No->setCurrentIndex(1);
+        form.Combo_LP_Stop_No->setCurrentIndex(60);
+        form.Command8->click();
+        QTimer::singleShot(1000, &form, [&] { save(QStringLiteral("lp-downloading.png")); });
+    });
+    QObject::connect(&form.session().download, &LpDownload::faceChanged, &form, [&](LpDownload::Face face) {
+        if (face == LpDownload::Face::Normal && save(QStringLiteral("lp-finished.png")))
+            form.close();
     });
     return app.exec();
 }
