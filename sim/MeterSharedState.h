@@ -38,8 +38,9 @@ struct MeterSharedState {
     FaultQueue faults;
     RequestLog log;
     // Line pacing: replies take the wire time of the line the master set, after the meter's
-    // turnaround, and a line at another speed than the meter's is not understood. Without
-    // it the meter ignores the line's settings and answers after the turnaround alone.
+    // turnaround, and a line at another speed or with other stop bits than the meter's is not
+    // understood. Without it the meter ignores the line's settings and answers after the
+    // turnaround alone.
     std::atomic<bool> pacing{true};
     std::atomic<int> turnaroundMs{3};
 };
