@@ -85,6 +85,30 @@ private slots:
         QCOMPARE(rows(), expectedRows(start, stop));
     }
 
+    // What stops a download before it starts, and the checks of the start and stop lists.
+    void refusedBeforeItStarts()
+    {
+        choose(5, 4);
+        download().Command8_Click();
+        QCOMPARE(m_on->prompts.errors, QStringList{"Interval starting number must less than final number！"});
+
+        const int valid = session().poll.Reading().loadProfile[0].validIntervals;
+        m_on->screen.SetText("Combo_LP_Start_No", QString::number(valid));
+        download().Combo_LP_Start_No_Validate();
+        m_on->screen.SetText("Combo_LP_Stop_No", QString::number(valid + 1));
+        download().Combo_LP_Stop_No_Validate();
+        QCOMPARE(m_on->prompts.errors.last(), "Over Interval Valid limit");
+        QCOMPARE(m_on->prompts.errors.size(), 2);
+        QCOMPARE(m_on->screen.Text("Combo_LP_Start_No"), QString::number(valid));
+        QCOMPARE(m_on->screen.Text("Combo_LP_Stop_No"), "1");
+
+        session().On_Line_Click(QStringLiteral("15")); // off line
+        choose(1, 1);
+        download().Command8_Click();
+        QCOMPARE(m_on->screen.texts["Text6"], "Communication Failure");
+        QVERIFY(!QDir(m_folder.filePath("LP Data")).exists());
+    }
+
     // Each download of the day opens a new header block in the same file of the group.
     void twoDownloadsShareTheDaysFile()
     {
