@@ -46,7 +46,7 @@ void FormBinding::ConnectLoadProfile()
     connect(&download, &LpDownload::faceChanged, this, [this](LpDownload::Face face, const QString& caption) {
         m_form.Command8->setText(caption);
         if (face == LpDownload::Face::Normal)
-            m_form.Command8->setPalette(QPalette());
+            ClearBackground(m_form.Command8);
         else
             SetBackground(m_form.Command8, face == LpDownload::Face::Reading ? kOnLineColour : kResumableColour);
     });

@@ -39,12 +39,18 @@ QWidget* BuildGroupFrame(int group, ControlArray<QComboBox>& settings, int chann
                          QPushButton* clear)
 {
     const QString name = GroupName(group);
-    settings.add(0, ChoiceList(QString(), name + QStringLiteral(" number of channels")));
-    settings.add(1, ChoiceList(QString(), name + QStringLiteral(" recording interval, minutes")));
-    for (int channel = 1; channel <= channels; ++channel) {
-        settings.add(kFirstChannelElement + channel - 1,
-                     ChoiceList(QString(), name + QStringLiteral(" channel %1 code").arg(channel)));
-    }
+    // Every entry is a number of at most two digits: fourteen lists side by side stay narrow
+    // enough for a laptop screen.
+    const auto twoDigitList = [](const QString& accessibleName) {
+        QComboBox* list = ChoiceList(QString(), accessibleName);
+        list->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+        list->setMinimumContentsLength(2);
+        return list;
+    };
+    settings.add(0, twoDigitList(name + QStringLiteral(" number of channels")));
+    settings.add(1, twoDigitList(name + QStringLiteral(" recording interval, minutes")));
+    for (int channel = 1; channel <= channels; ++channel)
+        settings.add(kFirstChannelElement + channel - 1, twoDigitList(name + QStringLiteral(" channel %1 code").arg(channel)));
 
     auto* frame = new QGroupBox(QStringLiteral("Load Profile ") + name + QStringLiteral(" Setting"));
     auto* grid = new QGridLayout(frame);

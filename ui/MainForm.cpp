@@ -14,6 +14,7 @@
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QScrollArea>
 #include <QTabWidget>
 #include <QTextDocument>
 #include <QVBoxLayout>
@@ -46,7 +47,14 @@ MainForm::MainForm(QWidget* parent) : QMainWindow(parent)
     layout->addWidget(BuildConnectionFrame());
     layout->addWidget(tabs, 1);
     layout->addWidget(BuildStatusArea());
-    setCentralWidget(central);
+    // On a small screen (a 1366×768 laptop less its task bar) the content scrolls instead of
+    // being clipped; on a large one it grows up to the sizes its fields are given.
+    auto* scroll = new QScrollArea;
+    scroll->setObjectName(QStringLiteral("MainScroll"));
+    scroll->setFrameShape(QFrame::NoFrame);
+    scroll->setWidgetResizable(true);
+    scroll->setWidget(central);
+    setCentralWidget(scroll);
     resize(1280, 800);
     m_binding = std::make_unique<FormBinding>(*this);
 }
@@ -77,12 +85,14 @@ QWidget* MainForm::BuildConnectionFrame()
     txt_Online->setAlignment(Qt::AlignCenter);
     SetBackground(txt_Online, kOffLineColour);
     txt_OffLineReason = TextReadout(QStringLiteral("txt_OffLineReason"), QStringLiteral("Why the tool went off line"));
-    txt_OffLineReason->setMinimumWidth(txt_OffLineReason->fontMetrics().averageCharWidth() * 48);
+    txt_OffLineReason->setMinimumWidth(txt_OffLineReason->fontMetrics().averageCharWidth() * 20);
     // A note beside the state rather than a field: empty while all is well.
     txt_OffLineReason->setFrame(false);
     QPalette note = txt_OffLineReason->palette();
     note.setColor(QPalette::Base, palette().color(QPalette::Window));
-    note.setColor(QPalette::Text, QColor(0xA0, 0x00, 0x00));
+    // Dark red on a light window, light red on a dark one.
+    const bool darkTheme = palette().color(QPalette::Window).lightness() < 128;
+    note.setColor(QPalette::Text, darkTheme ? QColor(0xFF, 0x80, 0x80) : QColor(0xA0, 0x00, 0x00));
     txt_OffLineReason->setPalette(note);
 
     auto* frame = new QGroupBox(QStringLiteral("Connection"));

@@ -143,7 +143,9 @@ QWidget* BuildClockFrame(MainForm& form)
     auto* grid = new QGridLayout(frame);
     for (int r = 0; r < rows.size(); ++r) {
         grid->addWidget(rows[r].first, r, 0);
-        grid->addWidget(Caption(rows[r].second, rows[r].first), r, 1);
+        QLabel* what = Caption(rows[r].second, rows[r].first);
+        what->setWordWrap(true); // on a small screen the notes take two lines, not more width
+        grid->addWidget(what, r, 1);
     }
     QLineEdit* meterClock = ReadbackField(form, Setting::Clock, QStringLiteral("txt_Meter_Clock"));
     grid->addWidget(Caption(QStringLiteral("Meter clock"), meterClock), 0, 2);
@@ -234,9 +236,12 @@ QWidget* MainForm::BuildMeterSettingTab()
     left->addWidget(BuildCommunicationFrame(*this));
     left->addWidget(BuildMeasurementSettingFrame(*this));
     left->addWidget(BuildClockFrame(*this));
-    left->addWidget(BuildHistoryFrame(*this), 1);
+    left->addStretch(1);
+    auto* right = new QVBoxLayout;
+    right->addWidget(BuildDisplayFrame(*this), 3);
+    right->addWidget(BuildHistoryFrame(*this), 2);
     auto* columns = new QHBoxLayout(tab);
     columns->addLayout(left, 1);
-    columns->addWidget(BuildDisplayFrame(*this), 1);
+    columns->addLayout(right, 1);
     return tab;
 }

@@ -74,7 +74,10 @@ void SettingsTabBinding::ShowReadBack()
         field->setCursorPosition(0);
         field->setToolTip(row.differs ? QStringLiteral("The meter holds another value than the one chosen here")
                                       : QString());
-        SetBackground(field, row.differs ? kDiffersColour : field->palette().color(QPalette::Window));
+        if (row.differs)
+            SetBackground(field, kDiffersColour);
+        else
+            ClearBackground(field);
     }
 }
 

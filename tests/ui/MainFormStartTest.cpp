@@ -11,6 +11,7 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QRegularExpression>
+#include <QScrollArea>
 #include <QTabWidget>
 #include <QtTest>
 
@@ -75,6 +76,19 @@ private slots:
         QCOMPARE(tabs->tabText(0), QStringLiteral("Real time Data"));
         QCOMPARE(tabs->tabText(1), QStringLiteral("Meter Settig"));
         QCOMPARE(tabs->tabText(2), QStringLiteral("Load Profile"));
+    }
+
+    // A 1366×768 laptop screen less its task bar and the title bar leaves about 1366×700: the
+    // content fits there without scrolling; anything smaller scrolls rather than clips.
+    void fitsALaptopScreen()
+    {
+        MainForm form;
+        form.Form_Load();
+        const auto* scroll = form.findChild<QScrollArea*>(QStringLiteral("MainScroll"));
+        QVERIFY(scroll && scroll->widgetResizable());
+        const QSize needed = scroll->widget()->minimumSizeHint();
+        QVERIFY2(needed.width() <= 1366 && needed.height() <= 700,
+                 qPrintable(QStringLiteral("%1 x %2").arg(needed.width()).arg(needed.height())));
     }
 
     // Each name is found exactly once, carries an accessible name, and the arrays hold no
