@@ -1,9 +1,12 @@
-// Renders each tab of the window to a PNG while on line to the simulated meter, and the
-// load-profile tab during and after a download, so that the screen can be looked at without a
-// display: qx5820-screenshots OUTPUT_DIR [SECONDS]
+// Renders each tab of the window to a PNG while on line to the simulated meter, the
+// load-profile tab during and after a download, the plot of the downloaded file and then the
+// trends of the session, so that the screen can be looked at without a display:
+// qx5820-screenshots OUTPUT_DIR [SECONDS]
 #include "connection/MeterSession.h"
 #include "sim/SimulatedMeterHost.h"
+#include "ui/LpPlotView.h"
 #include "ui/MainForm.h"
+#include "ui/TrendView.h"
 
 #include <QApplication>
 #include <QComboBox>
@@ -65,14 +68,28 @@ int main(int argc, char* argv[])
             if (!save(QStringLiteral("tab%1.png").arg(tab)))
                 return;
         }
+        // Tabs added after the load-profile tab leave it behind the last one shown.
+        for (int tab = 0; tab < form.tabs->count(); ++tab) {
+            if (form.tabs->widget(tab)->isAncestorOf(form.Command8))
+                form.tabs->setCurrentIndex(tab);
+        }
         form.Combo_LP_Start_No->setCurrentIndex(1);
         form.Combo_LP_Stop_No->setCurrentIndex(60);
         form.Command8->click();
         QTimer::singleShot(1000, &form, [&] { save(QStringLiteral("lp-downloading.png")); });
     });
     QObject::connect(&form.session().download, &LpDownload::faceChanged, &form, [&](LpDownload::Face face) {
-        if (face == LpDownload::Face::Normal && save(QStringLiteral("lp-finished.png")))
-            form.close();
+        if (face != LpDownload::Face::Normal || !save(QStringLiteral("lp-finished.png")))
+            return;
+        // The plot tab has opened the file just written; the trends get a few more seconds.
+        form.tabs->setCurrentWidget(form.findChild<LpPlotView*>());
+        if (!save(QStringLiteral("lp-plot.png")))
+            return;
+        form.tabs->setCurrentWidget(form.findChild<TrendView*>());
+        QTimer::singleShot(seconds * 1000, &form, [&] {
+            if (save(QStringLiteral("trends.png")))
+                form.close();
+        });
     });
     return app.exec();
 }

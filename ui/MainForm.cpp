@@ -2,7 +2,9 @@
 
 #include "ui/ControlFactory.h"
 #include "ui/FormBinding.h"
+#include "ui/LpPlotView.h"
 #include "ui/StateColours.h"
+#include "ui/TrendView.h"
 
 #include <QCheckBox>
 #include <QCloseEvent>
@@ -57,6 +59,9 @@ MainForm::MainForm(QWidget* parent) : QMainWindow(parent)
     setCentralWidget(scroll);
     resize(1280, 800);
     m_binding = std::make_unique<FormBinding>(*this);
+    // Tabs built on the session, so added once it exists.
+    tabs->addTab(new TrendView(session().poll), QStringLiteral("Trends"));
+    tabs->addTab(new LpPlotView(session().download), QStringLiteral("Load Profile Plot"));
 }
 
 MainForm::~MainForm() = default;
