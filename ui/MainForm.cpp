@@ -2,6 +2,7 @@
 
 #include "ui/ControlFactory.h"
 #include "ui/FormBinding.h"
+#include "ui/PhasorView.h"
 #include "ui/StateColours.h"
 
 #include <QCheckBox>
@@ -49,6 +50,7 @@ MainForm::MainForm(QWidget* parent) : QMainWindow(parent)
     setCentralWidget(central);
     resize(1280, 800);
     m_binding = std::make_unique<FormBinding>(*this);
+    tabs->addTab(new PhasorView(session().poll), QStringLiteral("Phasors and wiring"));
 }
 
 MainForm::~MainForm() = default;
