@@ -2,6 +2,8 @@
 // load-profile tab during and after a download, the plot of the downloaded file and then the
 // trends of the session, so that the screen can be looked at without a display:
 // qx5820-screenshots OUTPUT_DIR [SECONDS]
+// With --wiring-fault NAME it renders only the phasor tab, to phasors.png, the meter wired with
+// that fault to a balanced load at power factor 0.9 lagging.
 #include "connection/MeterSession.h"
 #include "sim/SimulatedMeterHost.h"
 #include "ui/LpPlotView.h"
@@ -10,6 +12,7 @@
 
 #include <QApplication>
 #include <QComboBox>
+#include <QCommandLineParser>
 #include <QDir>
 #include <QLineEdit>
 #include <QPushButton>
@@ -18,20 +21,34 @@
 #include <QTimer>
 
 #include <cstdio>
+#include <optional>
+#include <utility>
 
 int main(int argc, char* argv[])
 {
     QApplication app(argc, argv);
-    const QStringList args = app.arguments();
-    if (args.size() < 2) {
-        std::fprintf(stderr, "usage: qx5820-screenshots OUTPUT_DIR [SECONDS]\n");
+    QCommandLineParser parser;
+    const QCommandLineOption wiringFault(QStringLiteral("wiring-fault"),
+        QStringLiteral("Render the phasor tab only, the meter wired with this fault: %1.")
+            .arg(sim::WiringFault::names().join(QStringLiteral(", "))), QStringLiteral("NAME"));
+    parser.addOption(wiringFault);
+    parser.process(app);
+    const QStringList args = parser.positionalArguments();
+    const std::optional<sim::WiringFault> fault = sim::WiringFault::parse(parser.value(wiringFault));
+    if (args.isEmpty() || (parser.isSet(wiringFault) && !fault)) {
+        std::fprintf(stderr, "usage: qx5820-screenshots [--wiring-fault NAME] OUTPUT_DIR [SECONDS]\n");
         return 2;
     }
-    const QDir out(args.at(1));
+    const QDir out(args.at(0));
     QDir().mkpath(out.path());
-    const int seconds = args.size() > 2 ? args.at(2).toInt() : 3;
+    const int seconds = args.size() > 1 ? args.at(1).toInt() : 3;
 
-    sim::SimulatedMeterHost simulator;
+    sim::MeterModel meter;
+    if (parser.isSet(wiringFault)) {
+        meter.startWithLoad({0.9, false});
+        meter.startWithWiring(*fault);
+    }
+    sim::SimulatedMeterHost simulator(std::move(meter));
     MainForm form;
     form.session().connection.simulatedMeterDevice = simulator.deviceSource();
     form.Form_Load();
@@ -58,6 +75,14 @@ int main(int argc, char* argv[])
         std::printf("%s\n", qPrintable(file));
         return true;
     };
+    if (parser.isSet(wiringFault)) {
+        QTimer::singleShot(seconds * 1000, &form, [&] {
+            form.tabs->setCurrentWidget(form.findChild<QWidget*>(QStringLiteral("PhasorView")));
+            if (save(QStringLiteral("phasors.png")))
+                form.close();
+        });
+        return app.exec();
+    }
     // The tabs, then the load-profile tab during and after a download of 60 intervals (into a
     // folder that goes away with the program).
     QTemporaryDir lpFolder;

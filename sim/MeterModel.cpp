@@ -50,7 +50,6 @@ constexpr int kClockDateFields = 6; // the weekday follows from the date
 constexpr std::array<quint16, 6> kMeterInfo{5820, 103, 2, 0, 4217, 2023};
 
 constexpr quint16 kDetectedWiring = 5; // the simulated system is three-phase four-wire
-constexpr quint16 kPhaseSequenceAbc = 1;
 
 bool isClockDateField(quint16 reg)
 {
@@ -65,7 +64,7 @@ quint16 registerPair(char high, char low)
 } // namespace
 
 MeterModel::MeterModel(quint64 seed, const QDateTime& clock, SimClock::Mode mode)
-    : m_clock(clock, mode), m_load(seed), m_energy(seed), m_identification("QX5820  SN004217")
+    : m_seed(seed), m_clock(clock, mode), m_load(seed), m_energy(seed), m_identification("QX5820  SN004217")
 {
     for (quint16 reg = kSettingsBlock.first; reg < kSettingsBlock.first + kSettingsBlock.count; ++reg)
         m_holding.insert(reg, 0);
@@ -100,6 +99,18 @@ void MeterModel::startWithHistory(int group, int recorded)
     restartGroup(group, held);
     m_energy.inServiceSince(m_load, std::min(m_groups[0].oldestStart(groupSettings(0)),
                                              m_groups[1].oldestStart(groupSettings(1))));
+}
+
+void MeterModel::startWithLoad(LoadCharacter character)
+{
+    ThreePhaseLoad load(m_seed, character);
+    load.setWiring(m_load.wiring());
+    m_load = load;
+}
+
+void MeterModel::startWithWiring(const WiringFault& fault)
+{
+    m_load.setWiring(fault);
 }
 
 RegisterRead MeterModel::read(Table table, quint16 start, quint16 count) const
@@ -224,7 +235,7 @@ QList<quint16> MeterModel::measurementImage(double uptime) const
     putAll(Reg::kCurrentAngle, m.currentAngle);
     const quint16 wiring = m_holding.value(Reg::kWiring);
     image[at(Reg::kWiringDetected)] = wiring == 0 ? kDetectedWiring : wiring;
-    image[at(Reg::kPhaseSequence)] = kPhaseSequenceAbc;
+    image[at(Reg::kPhaseSequence)] = static_cast<quint16>(m.phaseSequence);
     const EnergyTable energy = m_energy.at(m_load, uptime);
     for (int k = 0; k < kEnergyKinds; ++k)
         putAll(static_cast<quint16>(Reg::kEnergy + 6 * k), energy[k]);

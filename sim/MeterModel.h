@@ -44,6 +44,13 @@ public:
     // before anything reads the meter, since its energy counters are set back so that they
     // stay positive over the whole history.
     void startWithHistory(int group, int recorded);
+    // Feeds a balanced load of that character instead of the seed's own, from power-on, through
+    // the same wiring. Like startWithWiring, call it right after construction, before
+    // startWithHistory.
+    void startWithLoad(LoadCharacter character);
+    // Connects the meter to its load with that fault from power-on: the measurements, the
+    // phase sequence, the energy counters and the records follow it.
+    void startWithWiring(const WiringFault& fault);
 
     // What a read request of `count` registers gets: the values, or IllegalDataAddress when
     // any of them lies outside the served blocks.
@@ -85,6 +92,7 @@ private:
     std::optional<QDateTime> clockAfter(quint16 start, const QList<quint16>& values) const;
     void apply(quint16 reg, quint16 value);
 
+    quint64 m_seed;
     SimClock m_clock;
     ThreePhaseLoad m_load;
     EnergyCounters m_energy;

@@ -4,6 +4,7 @@
 #include "sim/MeterRegisters.h"
 #include "sim/SimulatedMeterHost.h"
 #include "sim/TerminationSignals.h"
+#include "sim/WiringFault.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -20,6 +21,8 @@ struct Options {
     bool pacing = true;
     int turnaroundMs = 3;
     std::optional<int> history; // intervals each load-profile group holds at power-on
+    std::optional<sim::LoadCharacter> load; // a balanced load instead of the seed's own
+    sim::WiringFault wiring;
 };
 
 // The options, or the reason they cannot be used.
@@ -37,7 +40,13 @@ std::optional<Options> parse(const QCoreApplication& app, QString& error)
     const QCommandLineOption history(QStringLiteral("history"),
         QStringLiteral("Both load-profile groups start holding N recorded intervals (0-65535), their memory "
                        "enlarged to fit; without it, 1440 and 960."), QStringLiteral("N"));
-    parser.addOptions({address, seed, noPacing, turnaround, history});
+    const QCommandLineOption wiringFault(QStringLiteral("wiring-fault"),
+        QStringLiteral("The meter is wired to its load with this fault: %1.").arg(sim::WiringFault::names().join(QStringLiteral(", "))),
+        QStringLiteral("NAME"), QStringLiteral("none"));
+    const QCommandLineOption powerFactor(QStringLiteral("power-factor"),
+        QStringLiteral("A balanced load at this power factor (0 to 1, lagging) instead of the seed's own."), QStringLiteral("PF"));
+    const QCommandLineOption leading(QStringLiteral("leading"), QStringLiteral("The balanced load's power factor is leading (capacitive)."));
+    parser.addOptions({address, seed, noPacing, turnaround, history, wiringFault, powerFactor, leading});
     parser.process(app);
 
     Options options;
@@ -67,6 +76,23 @@ std::optional<Options> parse(const QCoreApplication& app, QString& error)
         }
         options.history = int(intervals);
     }
+    const std::optional<sim::WiringFault> fault = sim::WiringFault::parse(parser.value(wiringFault));
+    if (!fault) {
+        error = QStringLiteral("--wiring-fault must be one of: %1").arg(sim::WiringFault::names().join(QStringLiteral(", ")));
+        return std::nullopt;
+    }
+    options.wiring = *fault;
+    if (parser.isSet(powerFactor)) {
+        const double pf = parser.value(powerFactor).toDouble(&ok);
+        if (!ok || pf < 0 || pf > 1) {
+            error = QStringLiteral("--power-factor must be 0 to 1");
+            return std::nullopt;
+        }
+        options.load = sim::LoadCharacter{pf, parser.isSet(leading)};
+    } else if (parser.isSet(leading)) {
+        error = QStringLiteral("--leading needs --power-factor");
+        return std::nullopt;
+    }
     return options;
 }
 
@@ -87,6 +113,9 @@ int main(int argc, char* argv[])
     }
 
     sim::MeterModel model(options->seed);
+    if (options->load)
+        model.startWithLoad(*options->load);
+    model.startWithWiring(options->wiring);
     if (options->history) {
         for (int group = 0; group < 2; ++group)
             model.startWithHistory(group, *options->history);

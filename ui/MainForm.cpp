@@ -3,6 +3,7 @@
 #include "ui/ControlFactory.h"
 #include "ui/FormBinding.h"
 #include "ui/LpPlotView.h"
+#include "ui/PhasorView.h"
 #include "ui/StateColours.h"
 #include "ui/TrendView.h"
 
@@ -62,6 +63,7 @@ MainForm::MainForm(QWidget* parent) : QMainWindow(parent)
     // Tabs built on the session, so added once it exists.
     tabs->addTab(new TrendView(session().poll), QStringLiteral("Trends"));
     tabs->addTab(new LpPlotView(session().download), QStringLiteral("Load Profile Plot"));
+    tabs->addTab(new PhasorView(session().poll), QStringLiteral("Phasors and wiring"));
 }
 
 MainForm::~MainForm() = default;

@@ -92,6 +92,51 @@ private slots:
         QVERIFY(floatAt(record, 5) > kw / 5 && floatAt(record, 7) > 0);
     }
 
+    // Whatever the wiring, the powers, power factors and angles of a phase tell one story, and
+    // its energy counters follow the sign of its powers.
+    void measurementsFollowTheWiring_data()
+    {
+        QTest::addColumn<QString>("fault");
+        QTest::addColumn<bool>("leading");
+        for (const QString& fault : WiringFault::names())
+            for (bool leading : {false, true})
+                QTest::addRow("%s, %s", qPrintable(fault), leading ? "leading" : "lagging") << fault << leading;
+    }
+    void measurementsFollowTheWiring()
+    {
+        QFETCH(QString, fault);
+        QFETCH(bool, leading);
+        MeterModel meter = frozenMeter();
+        meter.startWithLoad({0.8, leading});
+        meter.startWithWiring(*WiringFault::parse(fault));
+        const auto at = [&](int reg, int phase) { return inputFloat(meter, reg + 2 * phase); };
+        QCOMPARE(meter.input(0x10C5), quint16(fault == "reverse-sequence" ? 2 : 1));
+        std::array<double, 5> before{};
+        for (int kind = 0; kind < 5; ++kind)
+            before[kind] = energy(meter, kind);
+        double p = 0, q = 0;
+        for (int phase = 0; phase < 3; ++phase) {
+            const double v = at(0x1080, phase), i = at(0x1090, phase), pf = at(0x10B0, phase);
+            const double kw = at(0x1098, phase), kvar = at(0x10A0, phase), kva = at(0x10A8, phase);
+            QCOMPARE_LE(std::abs(kva - v * i / 1000), 1e-5);
+            QCOMPARE_LE(std::abs(kw - kva * pf), 1e-5);
+            QCOMPARE_LE(std::abs(std::hypot(kw, kvar) - kva), 1e-4);
+            if (v > 0) {
+                const double between = qDegreesToRadians(at(0x10BE, phase) - at(0x10B8, phase));
+                QCOMPARE_LE(std::abs(std::cos(between) - pf), 1e-5);
+                QCOMPARE_LE(std::abs(std::sin(between) * kva - kvar), 1e-4);
+            }
+            p += kw;
+            q += kvar;
+        }
+        meter.clock().advance(3600);
+        // Over the hour: the net active and reactive energy, within the load's daily swing.
+        const double netKwh = (energy(meter, 0) - before[0]) - (energy(meter, 1) - before[1]);
+        const double netKvarh = (energy(meter, 2) - before[2]) - (energy(meter, 3) - before[3]);
+        QCOMPARE_LE(std::abs(netKwh - p), 0.1 * std::abs(p) + 0.05);
+        QCOMPARE_LE(std::abs(netKvarh - q), 0.1 * std::abs(q) + 0.05);
+    }
+
     void clockRunsAndIsSetByWrites()
     {
         MeterModel meter = frozenMeter();

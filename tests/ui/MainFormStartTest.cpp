@@ -79,6 +79,8 @@ private slots:
         // Tabs built on the session follow the meter's three.
         QVERIFY(texts.indexOf(QStringLiteral("Trends")) >= 3);
         QVERIFY(texts.indexOf(QStringLiteral("Load Profile Plot")) >= 3);
+        QCOMPARE(tabs->tabText(tabs->indexOf(form.findChild<QWidget*>(QStringLiteral("PhasorView")))),
+                 QStringLiteral("Phasors and wiring"));
     }
 
     // A 1366×768 laptop screen less its task bar and the title bar leaves about 1366×700: the
