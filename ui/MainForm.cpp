@@ -3,6 +3,7 @@
 #include "ui/ControlFactory.h"
 #include "ui/FormBinding.h"
 #include "ui/StateColours.h"
+#include "ui/TrafficView.h"
 
 #include <QCheckBox>
 #include <QCloseEvent>
@@ -40,6 +41,7 @@ MainForm::MainForm(QWidget* parent) : QMainWindow(parent)
     tabs->addTab(BuildRealTimeTab(), QStringLiteral("Real time Data"));
     tabs->addTab(BuildMeterSettingTab(), QStringLiteral("Meter Settig"));
     tabs->addTab(BuildLoadProfileTab(), QStringLiteral("Load Profile"));
+    tabs->addTab(trafficView = new TrafficView, QStringLiteral("Traffic"));
 
     auto* central = new QWidget;
     auto* layout = new QVBoxLayout(central);
