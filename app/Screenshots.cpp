@@ -3,6 +3,7 @@
 // display: qx5820-screenshots OUTPUT_DIR [SECONDS]
 #include "connection/MeterSession.h"
 #include "sim/SimulatedMeterHost.h"
+#include "ui/TrafficView.h"
 #include "ui/MainForm.h"
 
 #include <QApplication>
@@ -59,19 +60,32 @@ int main(int argc, char* argv[])
     // folder that goes away with the program).
     QTemporaryDir lpFolder;
     form.session().download.programFolder = lpFolder.path();
-    QTimer::singleShot(seconds * 1000, &form, [&] {
+    // A spoiled reply and a lost one shortly before, so that the traffic shows retries.
+    QTimer::singleShot(seconds * 1000 - 600, &form, [&] {
+        simulator.injectFault(sim::Fault::badCrc());
+        simulator.injectFault(sim::Fault::noReply());
+    });
+    QTimer::singleShot(seconds * 1000 + 2500, &form, [&] {
         for (int tab = 0; tab < form.tabs->count(); ++tab) {
             form.tabs->setCurrentIndex(tab);
             if (!save(QStringLiteral("tab%1.png").arg(tab)))
                 return;
         }
+        form.tabs->setCurrentWidget(form.trafficView);
+        if (!save(QStringLiteral("traffic.png")))
+            return;
         form.Combo_LP_Start_No->setCurrentIndex(1);
         form.Combo_LP_Stop_No->setCurrentIndex(60);
         form.Command8->click();
         QTimer::singleShot(1000, &form, [&] { save(QStringLiteral("lp-downloading.png")); });
     });
     QObject::connect(&form.session().download, &LpDownload::faceChanged, &form, [&](LpDownload::Face face) {
-        if (face == LpDownload::Face::Normal && save(QStringLiteral("lp-finished.png")))
+        if (face != LpDownload::Face::Normal || !save(QStringLiteral("lp-finished.png")))
+            return;
+        // Off line, the real-time values are the last good reading's.
+        form.On_Line->click();
+        form.tabs->setCurrentIndex(0);
+        if (save(QStringLiteral("stale.png")))
             form.close();
     });
     return app.exec();

@@ -9,6 +9,9 @@ Q_LOGGING_CATEGORY(lcFrames, "qx5820.frames", QtWarningMsg)
 
 namespace {
 
+// Wide enough for "exception 2 (Illegal Data Address)".
+constexpr int kOutcomeColumn = 36;
+
 double Milliseconds(LinkClock::Time time)
 {
     return std::chrono::duration<double, std::milli>(time).count();
@@ -121,7 +124,9 @@ QString TrafficLog::Line(const Entry& entry)
 {
     const FrameEvent& f = entry.frame;
     const bool request = f.direction == FrameEvent::Direction::Request;
+    // The outcome ahead of the bytes, in a column of its own: a long reply runs off the right.
     return QStringLiteral("%1  %2  %3  %4")
         .arg(entry.wallTime.toString(QStringLiteral("HH:mm:ss.zzz")), request ? QStringLiteral("TX") : QStringLiteral("RX"),
-             f.bytes.isEmpty() ? QStringLiteral("-") : QString::fromLatin1(f.bytes.toHex(' ').toUpper()), OutcomeText(f));
+             OutcomeText(f).leftJustified(kOutcomeColumn),
+             f.bytes.isEmpty() ? QStringLiteral("-") : QString::fromLatin1(f.bytes.toHex(' ').toUpper()));
 }

@@ -61,7 +61,7 @@ public:
     quint64 NextSerial() const { return m_nextSerial; }
     qsizetype Size() const { return qsizetype(m_ring.size()); }
 
-    // One line of the monitor: "13:05:07.123  request  0F 03 10 00 00 0A C0 23  attempt 2 of 5".
+    // One line of the monitor: "13:05:07.123  TX  retry, attempt 2 of 5   0F 03 10 00 00 0A C0 23".
     static QString Line(const Entry& entry);
     static QString OutcomeText(const FrameEvent& frame);
 

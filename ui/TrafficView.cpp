@@ -44,6 +44,8 @@ TrafficView::TrafficView(QWidget* parent) : QWidget(parent)
     frames->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
     frames->setLineWrapMode(QPlainTextEdit::NoWrap);
     frames->setMaximumBlockCount(int(TrafficLog::kCapacity));
+    // The undo history would keep every line ever appended, past the block count.
+    frames->setUndoRedoEnabled(false);
     pause = Button(QStringLiteral("cmd_TrafficPause"), QStringLiteral("Pause"), QStringLiteral("Pause the frame list"));
     pause->setCheckable(true);
     clear = Button(QStringLiteral("cmd_TrafficClear"), QStringLiteral("Clear"), QStringLiteral("Clear the frames and counters"));

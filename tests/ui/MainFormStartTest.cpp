@@ -71,10 +71,11 @@ private slots:
         QCOMPARE(form.windowTitle(), QStringLiteral("Norvale QX-5820 setting V1.0"));
         const auto* tabs = form.findChild<QTabWidget*>();
         QVERIFY(tabs);
-        QCOMPARE(tabs->count(), 3);
+        QCOMPARE(tabs->count(), 4);
         QCOMPARE(tabs->tabText(0), QStringLiteral("Real time Data"));
         QCOMPARE(tabs->tabText(1), QStringLiteral("Meter Settig"));
         QCOMPARE(tabs->tabText(2), QStringLiteral("Load Profile"));
+        QCOMPARE(tabs->tabText(3), QStringLiteral("Traffic"));
     }
 
     // Each name is found exactly once, carries an accessible name, and the arrays hold no
