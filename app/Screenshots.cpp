@@ -8,6 +8,7 @@
 #include "sim/SimulatedMeterHost.h"
 #include "ui/LpPlotView.h"
 #include "ui/MainForm.h"
+#include "ui/TrafficView.h"
 #include "ui/TrendView.h"
 
 #include <QApplication>
@@ -87,12 +88,20 @@ int main(int argc, char* argv[])
     // folder that goes away with the program).
     QTemporaryDir lpFolder;
     form.session().download.programFolder = lpFolder.path();
-    QTimer::singleShot(seconds * 1000, &form, [&] {
+    // A spoiled reply and a lost one shortly before, so that the traffic shows retries.
+    QTimer::singleShot(seconds * 1000 - 600, &form, [&] {
+        simulator.injectFault(sim::Fault::badCrc());
+        simulator.injectFault(sim::Fault::noReply());
+    });
+    QTimer::singleShot(seconds * 1000 + 2500, &form, [&] {
         for (int tab = 0; tab < form.tabs->count(); ++tab) {
             form.tabs->setCurrentIndex(tab);
             if (!save(QStringLiteral("tab%1.png").arg(tab)))
                 return;
         }
+        form.tabs->setCurrentWidget(form.trafficView);
+        if (!save(QStringLiteral("traffic.png")))
+            return;
         // Tabs added after the load-profile tab leave it behind the last one shown.
         for (int tab = 0; tab < form.tabs->count(); ++tab) {
             if (form.tabs->widget(tab)->isAncestorOf(form.Command8))
@@ -112,7 +121,12 @@ int main(int argc, char* argv[])
             return;
         form.tabs->setCurrentWidget(form.findChild<TrendView*>());
         QTimer::singleShot(seconds * 1000, &form, [&] {
-            if (save(QStringLiteral("trends.png")))
+            if (!save(QStringLiteral("trends.png")))
+                return;
+            // Off line, the real-time values are the last good reading's.
+            form.On_Line->click();
+            form.tabs->setCurrentIndex(0);
+            if (save(QStringLiteral("stale.png")))
                 form.close();
         });
     });

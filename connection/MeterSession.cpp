@@ -9,11 +9,15 @@ MeterSession::MeterSession(const SessionPorts& ports, QObject* parent)
       settings(connection, poll, ports),
       lpGroups(connection, poll, ports),
       download(connection, poll, ports),
+      traffic(ports.clock),
+      freshness(connection, poll),
       m_screen(ports.screen)
 {
     connect(&connection.link, &RegisterLink::statusText, this,
             [this](const QString& text) { m_screen.SetText(QStringLiteral("Text6"), text); });
     connect(&connection.link, &RegisterLink::requestEcho, this, &MeterSession::requestEcho);
+    connect(&connection.link, &RegisterLink::frame, &traffic, &TrafficLog::Add);
+    connect(&poll, &PollCycle::tickEnded, &traffic, &TrafficLog::NoteTick);
     connect(&connection, &Connection::onLineChanged, this, [this](bool onLine, const QString& reason) {
         if (onLine) {
             m_screen.SetText(QStringLiteral("txt_Online"), QStringLiteral("On Line"));

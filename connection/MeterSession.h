@@ -2,7 +2,9 @@
 
 #include "connection/Connection.h"
 #include "connection/PollCycle.h"
+#include "connection/ReadingFreshness.h"
 #include "connection/SessionPorts.h"
+#include "connection/TrafficLog.h"
 #include "loadprofile/LpDownload.h"
 #include "loadprofile/LpGroupSettings.h"
 #include "settings/MeterSettings.h"
@@ -38,6 +40,9 @@ public:
     MeterSettings settings;
     LpGroupSettings lpGroups;
     LpDownload download;
+    // The frames on the line and their counters, for the traffic monitor.
+    TrafficLog traffic;
+    ReadingFreshness freshness;
 
 signals:
     // After the connection changed state and the session has followed.

@@ -46,7 +46,10 @@ void PollCycle::Timer1Sec_Timer()
     m_tickRunning = true;
     QElapsedTimer duration;
     duration.start();
-    const auto done = qScopeGuard([this, &duration] { StartNextTickIfDue(duration.elapsed()); });
+    const auto done = qScopeGuard([this, &duration] {
+        emit tickEnded(m_reading);
+        StartNextTickIfDue(duration.elapsed());
+    });
 
     m_screen.SetText(QStringLiteral("txt_Online"), QStringLiteral("On Line"));
     m_reading.fresh = 0;

@@ -40,6 +40,8 @@ public:
 
 signals:
     void readingTaken(const MeterReading& reading);
+    // Every tick that ran, however it ended: `reading.fresh` tells which blocks it read.
+    void tickEnded(const MeterReading& reading);
 
 private:
     bool ReadRealTimeImage();

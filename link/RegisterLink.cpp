@@ -78,8 +78,12 @@ TransactionOutcome RegisterLink::Transact(const qint16& address, bool isRead)
         emit requestEcho(Rtu::FrameEcho(TxFrame));
 
     for (int attempt = 1; attempt <= kAttempts; ++attempt) {
+        // After a spoiled reply its own text ("CRC Error", an exception) stays on show; after
+        // silence the operator learns that the tool is still trying.
+        if (attempt > 1 && m_lastReply == FrameEvent::Outcome::NoReply)
+            emit statusText(RetryText(attempt));
         // A good reply ends the transaction, and so does a closed port or going off line.
-        const TransactionOutcome outcome = Attempt(address, isRead);
+        const TransactionOutcome outcome = Attempt(address, isRead, attempt);
         if (outcome != TransactionOutcome::Failed) {
             bWaiting = kFalse;
             return outcome;
@@ -107,7 +111,7 @@ TransactionOutcome RegisterLink::Transact(const qint16& address, bool isRead)
 // after the first. A reply that starts after our request has left the wire looks like an
 // answer to it. Whatever is left misaligned (part of an earlier reply ahead of ours) fails the
 // address or CRC check. A pseudo-terminal has no character time: there only the first rule holds.
-TransactionOutcome RegisterLink::Attempt(const qint16& address, bool isRead)
+TransactionOutcome RegisterLink::Attempt(const qint16& address, bool isRead, int attempt)
 {
     if (quint8(TxFrame.at(0)) != quint8(address & 0xFF)) {
         TxFrame[0] = char(address & 0xFF);
@@ -119,25 +123,40 @@ TransactionOutcome RegisterLink::Attempt(const qint16& address, bool isRead)
     const LinkClock::Time sentAt = m_clock.now();
     m_line.send(TxFrame);
     m_earliestReplyEnd = sentAt + (TxFrame.size() + ExpectedLen) * m_line.characterTime();
+    emit frame({sentAt, FrameEvent::Direction::Request,
+                attempt == 1 ? FrameEvent::Outcome::Sent : FrameEvent::Outcome::Retry, TxFrame, attempt, 0, {}});
 
     const Reception reception = AwaitReply(sentAt + kReplyTimeout);
     if (reception == Reception::Cut || !StillConnected())
         return TransactionOutcome::Abandoned;
     if (reception == Reception::TimedOut) {
-        NoteException();
+        ReportReply(NoteException() ? FrameEvent::Outcome::Exception : FrameEvent::Outcome::NoReply, attempt, sentAt);
         return TransactionOutcome::Failed;
     }
     if (quint8(m_rx.at(0)) != quint8(ModbusAddress & 0xFF)) {
+        ReportReply(FrameEvent::Outcome::AddressError, attempt, sentAt);
         emit statusText(QStringLiteral("Address Error"));
         return TransactionOutcome::Failed;
     }
     if (!Rtu::CrcMatches(crc, m_rx, ExpectedLen)) {
+        ReportReply(FrameEvent::Outcome::CrcError, attempt, sentAt);
         emit statusText(QStringLiteral("CRC Error"));
         return TransactionOutcome::Failed;
     }
+    ReportReply(FrameEvent::Outcome::Good, attempt, sentAt);
     if (isRead)
         StoreReadData(m_rx);
     return TransactionOutcome::Good;
+}
+
+// The reply of an attempt as judged, with the bytes it was judged on: the whole reply, or
+// what arrived before the time-out.
+void RegisterLink::ReportReply(FrameEvent::Outcome outcome, int attempt, LinkClock::Time sentAt)
+{
+    m_lastReply = outcome;
+    const LinkClock::Time now = m_clock.now();
+    const quint8 code = outcome == FrameEvent::Outcome::Exception ? LastException : 0;
+    emit frame({now, FrameEvent::Direction::Reply, outcome, m_rx, attempt, code, now - sentAt});
 }
 
 bool RegisterLink::StillConnected() const
@@ -215,14 +234,15 @@ bool RegisterLink::ReplyComplete()
 
 // An attempt that timed out may hold an exception reply, which is too short to be judged as
 // a reply: it fails all the same, but the meter's reason is noted and shown.
-void RegisterLink::NoteException()
+bool RegisterLink::NoteException()
 {
     const std::optional<quint8> code =
         Rtu::ExceptionCode(crc, m_rx, quint8(ModbusAddress & 0xFF), quint8(TxFrame.at(1)));
     if (!code)
-        return;
+        return false;
     LastException = *code;
     emit statusText(QStringLiteral("Exception %1 (%2) from the meter").arg(QString::number(*code), Rtu::ExceptionName(*code)));
+    return true;
 }
 
 void RegisterLink::StoreReadData(const QByteArray& reply)

@@ -2,6 +2,7 @@
 
 #include "link/Bool16.h"
 #include "link/Crc16.h"
+#include "link/FrameEvent.h"
 #include "link/LinkClock.h"
 
 #include <QByteArray>
@@ -40,6 +41,8 @@ public:
     static constexpr int kAttempts = 5;
     // The status text of a transaction that gave up; also the reason the tool went off line.
     static QString GiveUpText() { return QStringLiteral("Communication Error! Retry %1 times!").arg(kAttempts); }
+    // The status text while attempt `attempt` runs after an unanswered one: the tool is not frozen.
+    static QString RetryText(int attempt) { return QStringLiteral("no reply, attempt %1 of %2").arg(attempt).arg(kAttempts); }
     // Reply wait of one attempt, from the request's send: 200 looks × 10 ms = 2 s.
     static constexpr qint32 kReplyTimeoutMs = 200 * 10;
     // Silence kept between the last byte received and the next request. The meter ends a
@@ -91,19 +94,22 @@ signals:
     void requestEcho(const QString& text);
     // Five attempts failed: the tool must go off line.
     void gaveUp();
+    // Each request sent and each attempt's reply or time-out, for the traffic monitor.
+    void frame(const FrameEvent& event);
 
 private:
     enum class Reception { Complete, TimedOut, Cut };
 
     TransactionOutcome Transact(const qint16& address, bool isRead);
-    TransactionOutcome Attempt(const qint16& address, bool isRead);
+    TransactionOutcome Attempt(const qint16& address, bool isRead, int attempt);
+    void ReportReply(FrameEvent::Outcome outcome, int attempt, LinkClock::Time sentAt);
     bool StillConnected() const;
     bool Wait(LinkClock::Time deadline);
     bool TakeArrivals();
     bool AwaitSilence();
     Reception AwaitReply(LinkClock::Time deadline);
     bool ReplyComplete();
-    void NoteException();
+    bool NoteException();
     void StoreReadData(const QByteArray& reply);
 
     Transport& m_line;
@@ -112,4 +118,5 @@ private:
     QByteArray m_rx;                      // bytes received since the request went out
     LinkClock::Time m_lastByteAt{};       // LastRxTime to the nanosecond
     LinkClock::Time m_earliestReplyEnd{}; // the soonest a reply to the request can be whole
+    FrameEvent::Outcome m_lastReply = FrameEvent::Outcome::Good; // of the latest attempt
 };

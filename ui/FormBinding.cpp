@@ -2,6 +2,7 @@
 
 #include "ui/MainForm.h"
 #include "ui/StateColours.h"
+#include "ui/TrafficView.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -22,12 +23,15 @@ FormBinding::FormBinding(MainForm& form)
       intervalLists(form.Combo_LP_Start_No, form.Combo_LP_Stop_No),
       session(SessionPorts{screen, screen, prompts, intervalLists, clock}),
       settingsTab(form, session.settings),
-      m_form(form)
+      m_form(form),
+      // The real-time tab is the first.
+      m_staleReadings(*form.tabs->widget(0), *form.lbl_LastGoodReading, session.freshness)
 {
     ConnectConnectionControls();
     ConnectStatusArea();
     ConnectItemLists();
     ConnectLoadProfile();
+    form.trafficView->Attach(session.traffic);
 }
 
 void FormBinding::ConnectLoadProfile()

@@ -5,6 +5,7 @@
 #include "ui/ComboIntervalLists.h"
 #include "ui/LeaveChecks.h"
 #include "ui/SettingsTabBinding.h"
+#include "ui/StaleReadings.h"
 #include "ui/WidgetScreen.h"
 #include "ui/WindowPrompts.h"
 
@@ -36,4 +37,5 @@ private:
 
     MainForm& m_form;
     LeaveChecks m_lpChecks;
+    StaleReadings m_staleReadings;
 };

@@ -5,6 +5,7 @@
 #include "ui/LpPlotView.h"
 #include "ui/PhasorView.h"
 #include "ui/StateColours.h"
+#include "ui/TrafficView.h"
 #include "ui/TrendView.h"
 
 #include <QCheckBox>
@@ -44,6 +45,7 @@ MainForm::MainForm(QWidget* parent) : QMainWindow(parent)
     tabs->addTab(BuildRealTimeTab(), QStringLiteral("Real time Data"));
     tabs->addTab(BuildMeterSettingTab(), QStringLiteral("Meter Settig"));
     tabs->addTab(BuildLoadProfileTab(), QStringLiteral("Load Profile"));
+    tabs->addTab(trafficView = new TrafficView, QStringLiteral("Traffic"));
 
     auto* central = new QWidget;
     auto* layout = new QVBoxLayout(central);

@@ -13,11 +13,13 @@ class FormBinding;
 class MeterSession;
 class QCheckBox;
 class QComboBox;
+class QLabel;
 class QLineEdit;
 class QPlainTextEdit;
 class QPushButton;
 class QTableWidget;
 class QTabWidget;
+class TrafficView;
 
 // The tool's one window. Its controls are public and carry the names the core addresses its
 // fields by (through the screen it is given) and the tests look them up by. The constructor
@@ -80,6 +82,8 @@ public:
     QLineEdit* Text3 = nullptr;
     QLineEdit* txt_Wiring = nullptr;
     QLineEdit* txt_Phasor = nullptr;
+    // "Last good reading 13:05:07" while the fields show values no longer fresh.
+    QLabel* lbl_LastGoodReading = nullptr;
 
     // "Meter Settig" tab.
     QComboBox* Combo_Modbus_add = nullptr;
@@ -138,6 +142,9 @@ public:
     QComboBox* Combo4 = nullptr;
     QPushButton* Command7 = nullptr;
     QPushButton* Command11 = nullptr;
+
+    // "Traffic" tab: the frames on the line and their counters.
+    TrafficView* trafficView = nullptr;
 
 protected:
     void closeEvent(QCloseEvent* event) override;

@@ -164,6 +164,10 @@ QWidget* MainForm::BuildRealTimeTab()
     left->addStretch(1);
     auto* right = new QVBoxLayout;
     right->addWidget(BuildMeterFrame(*this));
+    lbl_LastGoodReading = new QLabel;
+    lbl_LastGoodReading->setObjectName(QStringLiteral("lbl_LastGoodReading"));
+    lbl_LastGoodReading->setStyleSheet(QStringLiteral("color: #A00000; font-weight: bold"));
+    right->addWidget(lbl_LastGoodReading);
     right->addStretch(1);
     auto* columns = new QHBoxLayout(tab);
     columns->addLayout(left, 3);

@@ -71,9 +71,15 @@ private slots:
             QCOMPARE(f.line.sent[i].at - f.line.sent[i - 1].at, 2s);
         QCOMPARE(f.gaveUp.size(), 1);
         QCOMPARE(int(f.link.LastException), code);
+        // An exception is named after each attempt; anything else counts as no reply, and the
+        // attempt after it says so.
         QStringList texts;
-        for (int attempt = 0; attempt < RegisterLink::kAttempts && !text.isEmpty(); ++attempt)
-            texts << text;
+        for (int attempt = 1; attempt <= RegisterLink::kAttempts; ++attempt) {
+            if (!text.isEmpty())
+                texts << text;
+            else if (attempt > 1)
+                texts << RegisterLink::RetryText(attempt);
+        }
         QCOMPARE(f.texts, texts << RegisterLink::GiveUpText());
 
         const QByteArray request = f.line.sent[0].frame;
@@ -90,7 +96,8 @@ private slots:
         QCOMPARE(f.line.sent.size(), RegisterLink::kAttempts);
         for (qsizetype i = 1; i < f.line.sent.size(); ++i)
             QCOMPARE(f.line.sent[i].at - f.line.sent[i - 1].at, 2s);
-        QCOMPARE(f.texts, QStringList{QStringLiteral("Communication Error! Retry 5 times!")});
+        QCOMPARE(f.texts, (QStringList{"no reply, attempt 2 of 5", "no reply, attempt 3 of 5", "no reply, attempt 4 of 5",
+                                       "no reply, attempt 5 of 5", "Communication Error! Retry 5 times!"}));
         QCOMPARE(f.link.bCommOK, kFalse);
         QCOMPARE(f.link.bWaiting, kFalse);
         QCOMPARE(f.gaveUp.size(), 1);

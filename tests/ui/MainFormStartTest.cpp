@@ -79,6 +79,7 @@ private slots:
         // Tabs built on the session follow the meter's three.
         QVERIFY(texts.indexOf(QStringLiteral("Trends")) >= 3);
         QVERIFY(texts.indexOf(QStringLiteral("Load Profile Plot")) >= 3);
+        QVERIFY(texts.indexOf(QStringLiteral("Traffic")) >= 3);
         QCOMPARE(tabs->tabText(tabs->indexOf(form.findChild<QWidget*>(QStringLiteral("PhasorView")))),
                  QStringLiteral("Phasors and wiring"));
     }
