@@ -21,8 +21,9 @@ namespace {
 // PT voltages such as 33000 or 63.5.
 constexpr int kVoltDigits = 7;
 
-// Room for the widest value the meter reports for a setting ("≠ 2026/11/21 13:05:07").
-constexpr int kReadbackCharacters = 21;
+// Room for most values the meter reports for a setting; the clock ("≠ 2026/11/21 13:05:07")
+// shows whole once the window is wider than its minimum.
+constexpr int kReadbackCharacters = 16;
 
 // The field beside a setting that shows what the meter holds now.
 QLineEdit* ReadbackField(MainForm& form, Setting setting, const QString& name)
