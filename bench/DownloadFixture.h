@@ -1,0 +1,164 @@
+#pragma once
+
+// What the download benchmarks share: a headless meter session presented on a map of texts,
+// on line to a simulated meter the caller owns, the data rows of a CSV file, the rows the
+// meter holds for a range, and a loop that runs until a condition holds.
+
+#include "MapScreen.h"
+#include "MeterOnLine.h"
+#include "RecordingPrompts.h"
+#include "connection/MeterSession.h"
+#include "link/RtuFrames.h"
+#include "loadprofile/LpCsvFile.h"
+#include "sim/SimulatedMeterHost.h"
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QEventLoop>
+#include <QFile>
+#include <QTimer>
+
+#include <fstream>
+#include <functional>
+#include <memory>
+#include <string>
+
+// A whole meter session without a window, its download writing under `folder`.
+struct BenchSession {
+    BenchSession(sim::SimulatedMeterHost& meter, const QString& folder, int group = 1) : meter(meter)
+    {
+        screen.SetText(QStringLiteral("Combo_LP_Read_Group_Sel"), QString::number(group));
+        session = std::make_unique<MeterSession>(SessionPorts{screen, screen, prompts, lists, clock});
+        session->download.programFolder = folder;
+        session->download.documentsFolder = QString();
+    }
+    ~BenchSession()
+    {
+        if (session)
+            session->Form_Unload();
+    }
+
+    // On line at address 15, 19200 8N1, then one poll tick so that the reading knows the
+    // identification and the groups' configuration. The poll timer stays stopped.
+    bool begin()
+    {
+        if (!GoOnLineTo(meter, session->connection))
+            return false;
+        session->poll.Timer1Sec_Timer();
+        session->connection.Timer1Sec.stop();
+        return session->connection.bOnLine.isTrue();
+    }
+
+    void choose(int group, int start, int stop)
+    {
+        screen.SetText(QStringLiteral("Combo_LP_Read_Group_Sel"), QString::number(group));
+        screen.SetText(QStringLiteral("Combo_LP_Start_No"), QString::number(start));
+        screen.SetText(QStringLiteral("Combo_LP_Stop_No"), QString::number(stop));
+    }
+
+    LpDownload& download() { return session->download; }
+    bool onLine() const { return session->connection.bOnLine.isTrue(); }
+
+    sim::SimulatedMeterHost& meter;
+    MapScreen screen;
+    RecordingPrompts prompts;
+    RecordingLists lists;
+    FixedClock clock;
+    std::unique_ptr<MeterSession> session;
+};
+
+// Runs the event loop until `done` holds, looking every `periodMs`; false after `timeoutMs`.
+inline bool RunUntil(const std::function<bool()>& done, int timeoutMs, int periodMs = 2)
+{
+    if (done())
+        return true;
+    QElapsedTimer clock;
+    clock.start();
+    QEventLoop loop;
+    QTimer check;
+    bool held = false;
+    QObject::connect(&check, &QTimer::timeout, &loop, [&] {
+        held = done();
+        if (held || clock.elapsed() > timeoutMs)
+            loop.quit();
+    });
+    check.start(periodMs);
+    loop.exec();
+    return held;
+}
+
+// The data rows of a download's CSV file: every line but the header lines ("Date : ..." and
+// "Date,Time,..."), without the line end.
+inline QList<QByteArray> DataRows(const QString& path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return {};
+    QList<QByteArray> rows;
+    for (QByteArray line : file.readAll().split('\n')) {
+        if (line.endsWith('\r'))
+            line.chop(1);
+        if (!line.isEmpty() && !line.startsWith("Date"))
+            rows.append(line);
+    }
+    return rows;
+}
+
+// How many data rows the file holds, read a line at a time.
+inline qint64 CountDataRows(const QString& path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return -1;
+    qint64 rows = 0;
+    while (!file.atEnd()) {
+        const QByteArray line = file.readLine();
+        if (!line.startsWith("Date") && !line.trimmed().isEmpty())
+            ++rows;
+    }
+    return rows;
+}
+
+// The rows of intervals first..last of `group` (0 or 1) of `channels` channels as the meter
+// holds them, read from its model directly; the interval pointer is put back afterwards.
+inline QList<QByteArray> MeterRows(sim::SimulatedMeterHost& meter, int group, int channels, int first, int last)
+{
+    const quint16 length = quint16(3 + 2 * channels);
+    const quint16 area = quint16(0x2000 + 0x100 * group);
+    QList<QByteArray> expected;
+    meter.withModel([&](sim::MeterModel& model) {
+        const quint16 pointer = model.holding(0x104D);
+        for (int number = first; number <= last; ++number) {
+            model.write(0x104D, {quint16(number)});
+            const sim::RegisterRead read = model.read(sim::Table::Input, area, length);
+            expected.append(LpCsvFile::Rows(Rtu::RegisterData(read.values), 1, channels).chopped(2));
+        }
+        model.write(0x104D, {pointer});
+    });
+    return expected;
+}
+
+// A figure of /proc/self/status in KiB ("VmRSS:", "VmHWM:"); -1 when missing.
+inline long StatusKiB(const char* key)
+{
+    std::ifstream status("/proc/self/status");
+    std::string word;
+    long value = 0;
+    while (status >> word) {
+        if (word == key) {
+            status >> value;
+            return value;
+        }
+        status.ignore(1 << 12, '\n');
+    }
+    return -1;
+}
+
+// Starts the peak resident size (VmHWM) over from the present one.
+inline bool ResetPeakResident()
+{
+    std::ofstream clear("/proc/self/clear_refs");
+    clear << "5";
+    clear.flush();
+    return bool(clear);
+}

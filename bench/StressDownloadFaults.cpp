@@ -1,0 +1,234 @@
+// Load-profile downloads broken again and again and continued, against the simulated meter
+// with its clock standing still and the line's pacing off. Each run, a fresh session
+// downloads a random range of 20 to 60 intervals of group 1 while faults strike at random
+// requests:
+//   - a bad CRC on all five attempts of a transaction;
+//   - a reply from another address on all five attempts;
+//   - the port vanishing while a transaction waits (the meter's pseudo-terminal closed);
+//   - in about one run of a hundred, silence through all five attempts (ten seconds).
+// After each, the session goes on line again and the operator answers "Yes" to continuing,
+// until the download ends. The file's data rows are then held against the meter's records
+// of the range: intervals lost, intervals written more than once, rows that match no record.
+// Usage: stress_download_faults [RUNS] [SEED]   (default 1000 runs, seed 1)
+// Exits with 1 when an interval was lost or duplicated, a row was wrong, or a run never ended.
+#include "BenchSupport.h"
+#include "DownloadFixture.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QHash>
+#include <QRandomGenerator>
+#include <QTemporaryDir>
+
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+
+using sim::Fault;
+
+namespace {
+
+constexpr int kGroup = 1;
+constexpr int kChannels = 8;        // group 1 of the simulated meter as it powers on
+constexpr int kValidAtPowerOn = 1440;
+constexpr int kMaxInterruptions = 3; // planned per run
+constexpr int kResumeLimit = 20;    // continuations before a run counts as stuck
+constexpr int kStepWaitMs = 60000;  // a stretch of download without a word
+
+enum Kind { BadCrc, WrongAddress, PortVanished, Silence, kKinds };
+constexpr std::array<const char*, kKinds> kKindNames{"bad CRC x5", "wrong address x5", "port vanished",
+                                                     "silence x5"};
+
+struct Totals {
+    qint64 runs = 0;
+    qint64 intervals = 0;
+    qint64 lost = 0;
+    qint64 duplicated = 0;
+    qint64 wrong = 0;
+    qint64 outOfOrderRuns = 0;
+    qint64 stuckRuns = 0;
+    qint64 questions = 0;
+    qint64 unexplainedStops = 0; // the download stopped with no fault of ours behind it
+    std::array<qint64, kKinds> injected{};
+    std::array<qint64, kKinds> struck{}; // the download was found stopped afterwards
+};
+
+// One run. Returns false when it never ended.
+bool Run(sim::SimulatedMeterHost& meter, const QString& folder, QRandomGenerator& random, Totals& totals)
+{
+    BenchSession on(meter, folder, kGroup);
+    if (!on.begin()) {
+        std::fprintf(stderr, "cannot go on line to the simulated meter\n");
+        return false;
+    }
+    const int length = 20 + int(random.bounded(41));
+    const int first = 1 + int(random.bounded(quint32(kValidAtPowerOn - length + 1)));
+    const int last = first + length - 1;
+    on.choose(kGroup, first, last);
+    LpDownload& download = on.download();
+
+    // The faults of this run: one to three, the last one silence in about one run of 100.
+    const int planned = 1 + int(random.bounded(quint32(kMaxInterruptions)));
+    const bool silence = random.bounded(100) == 0;
+    int done = 0;
+
+    // A fault strikes at a random request of those the download still has to send.
+    RegisterLink& link = on.session->connection.link;
+    on.session->ShowFrames(true);
+    int requests = 0;
+    int faultAt = 0;
+    Kind kind = BadCrc;
+    QObject::connect(&link, &RegisterLink::requestEcho, &link, [&] {
+        if (++requests != faultAt)
+            return;
+        ++totals.injected[kind];
+        switch (kind) {
+        case BadCrc: meter.injectFault(Fault::badCrc(), RegisterLink::kAttempts); break;
+        case WrongAddress: meter.injectFault(Fault::wrongAddress(), RegisterLink::kAttempts); break;
+        case Silence: meter.injectFault(Fault::noReply(), RegisterLink::kAttempts); break;
+        case PortVanished: QTimer::singleShot(0, &link, [&meter] { meter.stop(); }); break;
+        case kKinds: break;
+        }
+    });
+    const auto arm = [&] {
+        requests = 0;
+        faultAt = 0;
+        if (done >= planned)
+            return;
+        const int next = download.bLpDownloadActive != kFalse ? download.LpCurrentIndex + 1 : first;
+        const int stepsLeft = (last - next + LpDownload::kRecordsPerStep) / LpDownload::kRecordsPerStep;
+        if (stepsLeft < 1)
+            return;
+        kind = silence && done == planned - 1 ? Silence : Kind(random.bounded(3));
+        faultAt = 1 + int(random.bounded(quint32(2 * stepsLeft))); // a write and a read a step
+        ++done;
+    };
+
+    arm();
+    download.Command8_Click();
+    bool ended = false;
+    for (int resumed = 0; resumed <= kResumeLimit; ++resumed) {
+        if (!RunUntil([&] { return !download.Timer_RS_Lpf.isActive(); }, kStepWaitMs))
+            break;
+        if (download.bLpDownloadActive == kFalse) {
+            ended = true;
+            break;
+        }
+        if (faultAt > 0 && requests >= faultAt)
+            ++totals.struck[kind];
+        else
+            ++totals.unexplainedStops;
+        // Going on line again starts the simulated meter again if its port vanished.
+        if (!on.onLine())
+            on.session->On_Line_Click(QStringLiteral("15"));
+        on.session->connection.Timer1Sec.stop();
+        if (!on.onLine())
+            continue;
+        arm();
+        download.Command8_Click();
+    }
+    faultAt = 0;
+    totals.questions += on.prompts.questions.size();
+    ++totals.runs;
+    totals.intervals += length;
+    if (!ended) {
+        ++totals.stuckRuns;
+        std::fprintf(stderr, "run %lld: the download of %d..%d never ended (at interval %d, %s)\n",
+                     static_cast<long long>(totals.runs), first, last, download.LpCurrentIndex + 1,
+                     qPrintable(on.screen.texts.value(QStringLiteral("Text6"))));
+        return false;
+    }
+
+    const QList<QByteArray> rows = DataRows(download.LpFilePath);
+    const QList<QByteArray> expected = MeterRows(meter, kGroup - 1, kChannels, first, last);
+    QHash<QByteArray, int> seen;
+    for (const QByteArray& row : rows)
+        ++seen[row];
+    QHash<QByteArray, int> wanted;
+    for (const QByteArray& row : expected)
+        ++wanted[row];
+    qint64 lost = 0, duplicated = 0, wrong = 0;
+    for (auto it = wanted.cbegin(); it != wanted.cend(); ++it) {
+        const int count = seen.value(it.key());
+        if (count < it.value())
+            lost += it.value() - count;
+        else if (count > it.value())
+            duplicated += count - it.value();
+    }
+    for (auto it = seen.cbegin(); it != seen.cend(); ++it) {
+        if (!wanted.contains(it.key()))
+            wrong += it.value();
+    }
+    totals.lost += lost;
+    totals.duplicated += duplicated;
+    totals.wrong += wrong;
+    if (rows != expected)
+        ++totals.outOfOrderRuns;
+    if (lost || duplicated || wrong || rows != expected)
+        std::fprintf(stderr, "run %lld: range %d..%d, %lld rows: %lld lost, %lld duplicated, %lld wrong\n",
+                     static_cast<long long>(totals.runs), first, last, static_cast<long long>(rows.size()),
+                     static_cast<long long>(lost), static_cast<long long>(duplicated), static_cast<long long>(wrong));
+    return true;
+}
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    std::setvbuf(stdout, nullptr, _IOLBF, 0);
+    QCoreApplication app(argc, argv);
+    const int runs = argc > 1 ? std::atoi(argv[1]) : 1000;
+    const quint32 seed = argc > 2 ? quint32(std::strtoul(argv[2], nullptr, 10)) : 1u;
+    if (runs < 1) {
+        std::fprintf(stderr, "usage: stress_download_faults [RUNS] [SEED]\n");
+        return 2;
+    }
+    QTemporaryDir folder;
+    if (!folder.isValid()) {
+        std::fprintf(stderr, "no temporary folder\n");
+        return 1;
+    }
+    const std::unique_ptr<sim::SimulatedMeterHost> meter = FrozenMeter(false);
+    QRandomGenerator random(seed);
+    Totals totals;
+    QElapsedTimer clock;
+    clock.start();
+    const double cpu0 = CpuSeconds();
+    const long rssStart = StatusKiB("VmRSS:");
+    for (int run = 0; run < runs; ++run) {
+        const QString runFolder = QDir(folder.path()).filePath(QString::number(run));
+        QDir().mkpath(runFolder);
+        meter->clearRequestLog(); // the simulator's own record, not the tool's memory
+        Run(*meter, runFolder, random, totals);
+        QDir(runFolder).removeRecursively();
+        if ((run + 1) % 100 == 0)
+            std::printf("  %d runs, %.0f s, lost %lld, duplicated %lld, wrong %lld, resident %ld KiB\n", run + 1,
+                        clock.elapsed() / 1000.0, static_cast<long long>(totals.lost),
+                        static_cast<long long>(totals.duplicated), static_cast<long long>(totals.wrong),
+                        StatusKiB("VmRSS:"));
+    }
+    const double wall = clock.elapsed() / 1000.0;
+
+    qint64 injected = 0;
+    for (qint64 count : totals.injected)
+        injected += count;
+    std::printf("stress_download_faults: %lld runs, seed %u, pacing off, group 1 (%d channels), 20..60 intervals a run\n",
+                static_cast<long long>(totals.runs), seed, kChannels);
+    std::printf("  intervals asked         %lld\n", static_cast<long long>(totals.intervals));
+    std::printf("  interruptions injected  %lld\n", static_cast<long long>(injected));
+    for (int k = 0; k < kKinds; ++k)
+        std::printf("    %-18s %6lld (the download found stopped after %lld)\n", kKindNames[std::size_t(k)],
+                    static_cast<long long>(totals.injected[std::size_t(k)]),
+                    static_cast<long long>(totals.struck[std::size_t(k)]));
+    std::printf("  stops without a fault   %lld\n", static_cast<long long>(totals.unexplainedStops));
+    std::printf("  continue questions      %lld\n", static_cast<long long>(totals.questions));
+    std::printf("  lost intervals          %lld\n", static_cast<long long>(totals.lost));
+    std::printf("  duplicated intervals    %lld\n", static_cast<long long>(totals.duplicated));
+    std::printf("  wrong rows              %lld\n", static_cast<long long>(totals.wrong));
+    std::printf("  runs out of order       %lld\n", static_cast<long long>(totals.outOfOrderRuns));
+    std::printf("  runs that never ended   %lld\n", static_cast<long long>(totals.stuckRuns));
+    std::printf("  wall time               %.1f s; CPU %.1f s; resident memory %ld KiB at the start, %ld KiB at the end\n",
+                wall, CpuSeconds() - cpu0, rssStart, StatusKiB("VmRSS:"));
+    const bool failed = totals.lost || totals.duplicated || totals.wrong || totals.outOfOrderRuns || totals.stuckRuns;
+    return failed ? 1 : 0;
+}
