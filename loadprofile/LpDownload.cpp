@@ -33,10 +33,7 @@ LpDownload::LpDownload(Connection& connection, PollCycle& poll, const SessionPor
       documentsFolder(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation)),
       m_connection(connection),
       m_poll(poll),
-      m_screen(ports.screen),
-      m_choices(ports.choices),
-      m_prompts(ports.prompts),
-      m_clock(ports.clock)
+      m_ports(ports)
 {
     Timer_RS_Lpf.setInterval(kStepIntervalMs);
     connect(&Timer_RS_Lpf, &QTimer::timeout, this, &LpDownload::Timer_RS_Lpf_Timer);
@@ -44,25 +41,25 @@ LpDownload::LpDownload(Connection& connection, PollCycle& poll, const SessionPor
 
 void LpDownload::Command8_Click()
 {
-    const auto start = WholeNumber32Of(m_choices.Text(QStringLiteral("Combo_LP_Start_No")));
-    const auto stop = WholeNumber32Of(m_choices.Text(QStringLiteral("Combo_LP_Stop_No")));
+    const auto start = WholeNumber32Of(m_ports.choices.Text(QStringLiteral("Combo_LP_Start_No")));
+    const auto stop = WholeNumber32Of(m_ports.choices.Text(QStringLiteral("Combo_LP_Stop_No")));
     if (!start || !stop || *start < 1) {
-        m_prompts.Critical(QStringLiteral("Choose the first and the last interval to download."));
+        m_ports.prompts.Critical(QStringLiteral("Choose the first and the last interval to download."));
         return;
     }
     if (*start > *stop) {
-        m_prompts.Critical(QStringLiteral("Interval starting number must less than final number！"));
+        m_ports.prompts.Critical(QStringLiteral("Interval starting number must less than final number！"));
         return;
     }
     if (bLpTickBusy != kFalse)
         return;
     if (!m_connection.bOnLine.isTrue()) {
-        m_screen.SetText(kText6, QStringLiteral("Communication Failure"));
+        m_ports.screen.SetText(kText6, QStringLiteral("Communication Failure"));
         bLpCommFailed = kTrue;
         return;
     }
     if (bLpDownloadActive != kFalse && Remaining()) {
-        if (m_prompts.AskYesNo(QStringLiteral("Continue Data saving before communication failure ? Yes : Continue；No : from begining！"))) {
+        if (m_ports.prompts.AskYesNo(QStringLiteral("Continue Data saving before communication failure ? Yes : Continue；No : from begining！"))) {
             TakeTheLine();
             emit faceChanged(Face::Reading, QStringLiteral("Reading"));
             return;
@@ -71,11 +68,11 @@ void LpDownload::Command8_Click()
         GiveTheLineBack();
     }
 
-    const int group = DownloadGroupIndex(m_screen);
+    const int group = DownloadGroupIndex(m_ports.screen);
     const MeterReading& reading = m_poll.Reading();
     const int channels = reading.loadProfile[std::size_t(group)].channelCount;
     if (channels < 1 || channels > kMaxChannels[group]) {
-        m_screen.SetText(kText6, QStringLiteral("The meter reports %1 channels for group %2: nothing to download.")
+        m_ports.screen.SetText(kText6, QStringLiteral("The meter reports %1 channels for group %2: nothing to download.")
                                      .arg(channels).arg(group + 1));
         return;
     }
@@ -88,7 +85,7 @@ void LpDownload::Command8_Click()
     LpStopIndex = *stop - 1;
     const QList<int> codes = reading.loadProfile[std::size_t(group)].channelCodes.mid(0, channels);
     if (const auto error = LpCsvFile::Append(LpFilePath, LpCsvFile::ColumnLine(codes))) {
-        m_screen.SetText(kText6, *error);
+        m_ports.screen.SetText(kText6, *error);
         emit faceChanged(Face::Normal, kReadAndSave);
         return;
     }
@@ -102,21 +99,21 @@ bool LpDownload::StartFile(int group)
 {
     const auto folder = LpCsvFile::ChooseFolder(programFolder, documentsFolder);
     if (!folder) {
-        m_screen.SetText(kText6, QStringLiteral("Cannot create the folder \"LP Data\" beside the program or in %1.")
+        m_ports.screen.SetText(kText6, QStringLiteral("Cannot create the folder \"LP Data\" beside the program or in %1.")
                                      .arg(QDir::toNativeSeparators(documentsFolder)));
         return false;
     }
-    const QDateTime now = m_clock.Now();
+    const QDateTime now = m_ports.clock.Now();
     LpFilePath = QDir(folder->path).filePath(LpCsvFile::FileName(m_poll.Reading().identification, now.date(), group));
     if (const auto error = LpCsvFile::Append(LpFilePath, LpCsvFile::DateLine(now))) {
-        m_screen.SetText(kText6, *error);
+        m_ports.screen.SetText(kText6, *error);
         return false;
     }
     QString started = QStringLiteral("LoadProfile Data start download");
     if (!folder->beside)
         started += QStringLiteral("; the program's folder cannot be written, the file goes to %1")
                        .arg(QDir::toNativeSeparators(folder->path));
-    m_screen.SetText(kText6, started);
+    m_ports.screen.SetText(kText6, started);
     return true;
 }
 
@@ -170,7 +167,7 @@ void LpDownload::ReadLpBlockAndSave()
     }
     LpCurrentIndex += kRecordsPerStep; // also after a last, shorter step: that ends the download
     if (Remaining())
-        m_screen.SetText(kText6, QStringLiteral("Current number of download interval : %1").arg(LpCurrentIndex));
+        m_ports.screen.SetText(kText6, QStringLiteral("Current number of download interval : %1").arg(LpCurrentIndex));
     else
         Finish();
 }
@@ -186,7 +183,7 @@ void LpDownload::Finish()
 {
     bLpDownloadActive = kFalse;
     GiveTheLineBack();
-    m_screen.SetText(kText6, QStringLiteral("Last number of download interval : %1，and finish download！").arg(LpStopIndex + 1));
+    m_ports.screen.SetText(kText6, QStringLiteral("Last number of download interval : %1，and finish download！").arg(LpStopIndex + 1));
     emit faceChanged(Face::Normal, kReadAndSave);
 }
 
@@ -195,7 +192,7 @@ void LpDownload::Finish()
 void LpDownload::Interrupt(const QString& why)
 {
     GiveTheLineBack();
-    m_screen.SetText(kText6, why + QStringLiteral(" The download stopped at interval %1 and can be continued.").arg(LpCurrentIndex + 1));
+    m_ports.screen.SetText(kText6, why + QStringLiteral(" The download stopped at interval %1 and can be continued.").arg(LpCurrentIndex + 1));
     emit faceChanged(Face::Resumable, QStringLiteral("Reading"));
 }
 
@@ -210,11 +207,11 @@ void LpDownload::StopForOffLine()
 
 void LpDownload::CheckAgainstValid(const QString& list)
 {
-    const int group = DownloadGroupIndex(m_screen);
+    const int group = DownloadGroupIndex(m_ports.screen);
     const qint32 valid = m_poll.Reading().loadProfile[std::size_t(group)].validIntervals;
-    const auto number = WholeNumber32Of(m_choices.Text(list));
+    const auto number = WholeNumber32Of(m_ports.choices.Text(list));
     if (number && *number > valid) {
-        m_prompts.Critical(QStringLiteral("Over Interval Valid limit"));
-        m_choices.SetText(list, QStringLiteral("1"));
+        m_ports.prompts.Critical(QStringLiteral("Over Interval Valid limit"));
+        m_ports.choices.SetText(list, QStringLiteral("1"));
     }
 }

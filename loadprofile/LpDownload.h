@@ -70,10 +70,7 @@ private:
 
     Connection& m_connection;
     PollCycle& m_poll;
-    Screen& m_screen;
-    OperatorChoices& m_choices;
-    OperatorPrompts& m_prompts;
-    const Clock& m_clock;
+    const SessionPorts m_ports;
     int m_group = 0;    // the group being downloaded, fixed at its start
     int m_channels = 0; // its channel count then: the length of its records
 };

@@ -31,7 +31,7 @@ const QString kConfirmCaption = QStringLiteral("Load Profile");
 } // namespace
 
 LpGroupSettings::LpGroupSettings(Connection& connection, PollCycle& poll, const SessionPorts& ports, QObject* parent)
-    : QObject(parent), m_connection(connection), m_poll(poll), m_choices(ports.choices), m_prompts(ports.prompts)
+    : QObject(parent), m_connection(connection), m_poll(poll), m_ports(ports)
 {
     for (int group : {0, 1}) {
         m_poll.SetRoutine(kGroups[group].send, [this, group] { SendLpGroupSetting(group); });
@@ -48,15 +48,15 @@ void LpGroupSettings::AskToSend(int group)
     const QString reported = reading.Has(MeterReading::RealTimeImage)
         ? QString::number(reading.loadProfile[std::size_t(group)].channelCount)
         : QString();
-    const QString chosen = m_choices.Text(Element(g.lists, 0));
-    if (chosen == reported || m_prompts.Confirm(kConfirmCaption, QStringLiteral("Warning : You will delete Load Profile Data ")))
+    const QString chosen = m_ports.choices.Text(Element(g.lists, 0));
+    if (chosen == reported || m_ports.prompts.Confirm(kConfirmCaption, QStringLiteral("Warning : You will delete Load Profile Data ")))
         m_poll.pending.*g.send = kTrue;
 }
 
 void LpGroupSettings::AskToClear(int group)
 {
     const QString question = group == 0 ? QStringLiteral("Clear Group1 Data？") : QStringLiteral("Clear Group2 Data？");
-    if (m_prompts.Confirm(kConfirmCaption, question))
+    if (m_ports.prompts.Confirm(kConfirmCaption, question))
         m_poll.pending.*kGroups[group].clearFlag = kTrue;
 }
 
@@ -68,7 +68,7 @@ void LpGroupSettings::SendLpGroupSetting(int group)
     const int values = 2 + g.channels;
     QList<quint16> data;
     for (int i = 0; i < values; ++i) {
-        const auto value = WholeNumberOf(m_choices.Text(Element(g.lists, i)));
+        const auto value = WholeNumberOf(m_ports.choices.Text(Element(g.lists, i)));
         if (!value)
             return;
         data.append(quint16(*value));

@@ -31,6 +31,5 @@ private:
 
     Connection& m_connection;
     PollCycle& m_poll;
-    OperatorChoices& m_choices;
-    OperatorPrompts& m_prompts;
+    const SessionPorts m_ports;
 };

@@ -70,10 +70,7 @@ MeterSettings::MeterSettings(Connection& connection, PollCycle& poll, const Sess
     : QObject(parent),
       m_connection(connection),
       m_poll(poll),
-      m_screen(ports.screen),
-      m_choices(ports.choices),
-      m_prompts(ports.prompts),
-      m_clock(ports.clock)
+      m_ports(ports)
 {
     for (const auto& [flag, setting] : kCommands)
         m_poll.SetRoutine(flag, [this, setting = setting] { Serve(setting); });
@@ -95,7 +92,7 @@ void MeterSettings::Request(Flag flag)
 void MeterSettings::RequestIfFilled(Flag flag, std::initializer_list<const char*> fields)
 {
     for (const char* field : fields) {
-        if (m_choices.Text(Control(field)).isEmpty())
+        if (m_ports.choices.Text(Control(field)).isEmpty())
             return;
     }
     Request(flag);
@@ -115,16 +112,16 @@ void MeterSettings::Command6_Click() { Request(&PendingCommands::bPendingScrollT
 
 void MeterSettings::Command1_Click()
 {
-    if (m_prompts.Confirm(QStringLiteral("Clr kWh"), QStringLiteral("Clear all total kWh？")))
+    if (m_ports.prompts.Confirm(QStringLiteral("Clr kWh"), QStringLiteral("Clear all total kWh？")))
         Request(&PendingCommands::bPendingClearKwh);
 }
 
 bool MeterSettings::Validate(TypedField field, const char* control)
 {
-    const FieldCheck check = CheckTypedField(field, m_choices.Text(Control(control)));
+    const FieldCheck check = CheckTypedField(field, m_ports.choices.Text(Control(control)));
     if (!check.accepted) {
-        m_prompts.Critical(check.message);
-        m_choices.SetText(Control(control), QString());
+        m_ports.prompts.Critical(check.message);
+        m_ports.choices.SetText(Control(control), QString());
     }
     return check.accepted;
 }
@@ -136,12 +133,12 @@ void MeterSettings::Combo_PT_Ratio_Validate() { Validate(TypedField::PtRatio, "C
 void MeterSettings::Combo_Modbus_add_sel_Validate()
 {
     if (Validate(TypedField::TalkAddress, "Combo_Modbus_add_sel"))
-        m_connection.ChooseAddress(m_choices.Text(QStringLiteral("Combo_Modbus_add_sel")));
+        m_connection.ChooseAddress(m_ports.choices.Text(QStringLiteral("Combo_Modbus_add_sel")));
 }
 
 bool MeterSettings::LeftEmpty(Setting setting) const
 {
-    const auto empty = [this](const char* field) { return m_choices.Text(Control(field)).isEmpty(); };
+    const auto empty = [this](const char* field) { return m_ports.choices.Text(Control(field)).isEmpty(); };
     switch (setting) {
     case Setting::Address: return empty("Combo_Modbus_add");
     case Setting::PtRatio1: return empty("Combo_PT_Ratio");
@@ -155,10 +152,10 @@ std::optional<RegisterWrite> MeterSettings::ChosenWrite(Setting setting) const
 {
     namespace W = SettingWrites;
     namespace R = SettingRegister;
-    const auto text = [this](const char* control) { return m_choices.Text(Control(control)); };
+    const auto text = [this](const char* control) { return m_ports.choices.Text(Control(control)); };
     // A pick-only list always has a pick; without one there is no code to send.
     const auto listCode = [this](quint16 reg, const char* list, int firstCode) -> std::optional<RegisterWrite> {
-        const int index = m_choices.ListIndex(Control(list));
+        const int index = m_ports.choices.ListIndex(Control(list));
         return index < 0 ? std::nullopt : std::optional(W::ListCode(reg, index, firstCode));
     };
     switch (setting) {
@@ -169,10 +166,10 @@ std::optional<RegisterWrite> MeterSettings::ChosenWrite(Setting setting) const
     case Setting::PtRatio1: return W::PtRatio1(text("Combo_PT_Ratio"));
     case Setting::PtRatio2: return W::PtRatio2(text("txtPT1"), text("txtPT2"));
     case Setting::CtRatio: return W::WholeNumber(R::kCtRatio, text("Combo_CT_Ratio"));
-    case Setting::Clock: return W::Clock(m_clock.Now());
+    case Setting::Clock: return W::Clock(m_ports.clock.Now());
     case Setting::ScrollTime: return listCode(R::kScrollTime, "Combo1", 3);
     case Setting::DisplayItem: {
-        const int position = m_choices.ListIndex(QStringLiteral("Combo_Display_Ser_sel"));
+        const int position = m_ports.choices.ListIndex(QStringLiteral("Combo_Display_Ser_sel"));
         return position < 0 ? std::nullopt : W::DisplayItem(position, text("Combo_Display_Item_sel"));
     }
     case Setting::SerialDisplay: return W::SerialDisplay(bMfgSerialShown != kFalse);
@@ -192,7 +189,7 @@ void MeterSettings::Serve(Setting setting)
     }
     // What the tool follows is what was sent, even if the operator changes the lists while
     // the write waits for its reply.
-    const QString addressText = m_choices.Text(QStringLiteral("Combo_Modbus_add"));
+    const QString addressText = m_ports.choices.Text(QStringLiteral("Combo_Modbus_add"));
     Send(setting, *write);
     if (setting == Setting::Address)
         FollowAddress(addressText, write->values[0]);
@@ -208,7 +205,7 @@ void MeterSettings::Send(Setting setting, const RegisterWrite& write)
     const MeterReading before = m_poll.Reading();
     SettingChange change{setting, ReportedText(before, setting, write), WrittenText(setting, write),
                          [setting, write, before](const MeterReading& r) { return Reports(r, setting, write, before); }};
-    const QDateTime at = m_clock.Now();
+    const QDateTime at = m_ports.clock.Now();
     RegisterLink& link = m_connection.link;
     TransactionOutcome outcome;
     if (setting == Setting::PtRatio2) {
@@ -231,26 +228,26 @@ void MeterSettings::FollowAddress(const QString& addressText, quint16 address)
 {
     const QString list = QStringLiteral("Combo_Modbus_add_sel");
     if (address > kListedAddresses) {
-        m_choices.Append(list, addressText);
-        m_choices.Select(list, m_choices.Count(list) - 1);
+        m_ports.choices.Append(list, addressText);
+        m_ports.choices.Select(list, m_ports.choices.Count(list) - 1);
     } else {
-        m_choices.Select(list, m_choices.ListIndex(QStringLiteral("Combo_Modbus_add")));
+        m_ports.choices.Select(list, m_ports.choices.ListIndex(QStringLiteral("Combo_Modbus_add")));
     }
-    if (m_choices.ListIndex(list) >= 0)
-        m_connection.ChooseAddress(m_choices.Text(list));
+    if (m_ports.choices.ListIndex(list) >= 0)
+        m_connection.ChooseAddress(m_ports.choices.Text(list));
 }
 
 // The PC's list holds the meter's entries in the same order: the port takes the same index.
 void MeterSettings::FollowLine(const char* pcList, int listIndex)
 {
-    m_choices.Select(Control(pcList), listIndex);
-    m_connection.ChooseLine(m_choices.Text(QStringLiteral("Combo_BaudRate_Sel")),
-                            m_choices.Text(QStringLiteral("Combo_StopBit")));
+    m_ports.choices.Select(Control(pcList), listIndex);
+    m_connection.ChooseLine(m_ports.choices.Text(QStringLiteral("Combo_BaudRate_Sel")),
+                            m_ports.choices.Text(QStringLiteral("Combo_StopBit")));
 }
 
 QString MeterSettings::TypedText(Setting setting) const
 {
-    const auto text = [this](const char* control) { return m_choices.Text(Control(control)); };
+    const auto text = [this](const char* control) { return m_ports.choices.Text(Control(control)); };
     switch (setting) {
     case Setting::Address: return text("Combo_Modbus_add");
     case Setting::PtRatio1: return text("Combo_PT_Ratio");
@@ -269,8 +266,8 @@ void MeterSettings::NotSent(Setting setting)
     const QString why = setting == Setting::PtRatio1 && value && *value > SettingWrites::kPtRatio1Largest
         ? QStringLiteral("PT ratio 1 above %1 does not fit the meter's register").arg(SettingWrites::kPtRatio1Largest)
         : QStringLiteral("%1 \"%2\" is no value the meter's register holds").arg(SettingName(setting), typed);
-    m_screen.SetText(QStringLiteral("Text6"), why + QStringLiteral("; nothing was sent."));
-    history.Ended(m_clock.Now(), {setting, QString(), typed, {}}, QStringLiteral("not sent: ") + why);
+    m_ports.screen.SetText(QStringLiteral("Text6"), why + QStringLiteral("; nothing was sent."));
+    history.Ended(m_ports.clock.Now(), {setting, QString(), typed, {}}, QStringLiteral("not sent: ") + why);
 }
 
 QList<SettingReadbackRow> MeterSettings::ReadBack() const

@@ -86,8 +86,5 @@ private:
 
     Connection& m_connection;
     PollCycle& m_poll;
-    Screen& m_screen;
-    OperatorChoices& m_choices;
-    OperatorPrompts& m_prompts;
-    const Clock& m_clock;
+    const SessionPorts m_ports;
 };
