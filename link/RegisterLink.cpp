@@ -119,7 +119,11 @@ TransactionOutcome RegisterLink::Attempt(const qint16& address, bool isRead, int
     }
     if (!AwaitSilence() || !StillConnected())
         return TransactionOutcome::Abandoned;
+    // Emptying the input of a port that has just vanished closes it and takes the tool off
+    // line there and then: nothing is sent on it.
     m_line.discardInput();
+    if (!StillConnected())
+        return TransactionOutcome::Abandoned;
     const LinkClock::Time sentAt = m_clock.now();
     m_line.send(TxFrame);
     m_earliestReplyEnd = sentAt + (TxFrame.size() + ExpectedLen) * m_line.characterTime();
@@ -156,7 +160,10 @@ void RegisterLink::ReportReply(FrameEvent::Outcome outcome, int attempt, LinkClo
     m_lastReply = outcome;
     const LinkClock::Time now = m_clock.now();
     const quint8 code = outcome == FrameEvent::Outcome::Exception ? LastException : 0;
-    emit frame({now, FrameEvent::Direction::Reply, outcome, m_rx, attempt, code, now - sentAt});
+    // A copy of just the bytes: the receive buffer keeps the port's large capacity, which the
+    // traffic log would otherwise hold for every reply it keeps.
+    const QByteArray bytes(m_rx.constData(), m_rx.size());
+    emit frame({now, FrameEvent::Direction::Reply, outcome, bytes, attempt, code, now - sentAt});
 }
 
 bool RegisterLink::StillConnected() const

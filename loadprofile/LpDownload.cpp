@@ -151,7 +151,12 @@ void LpDownload::ReadLpBlockAndSave()
     const qint32 remaining = LpStopIndex - LpCurrentIndex + 1;
     const int records = remaining < kRecordsPerStep + 1 ? int(remaining) : kRecordsPerStep;
     const int recordRegisters = kRecordHeaderRegisters + 2 * m_channels;
-    link.WriteRegisters(link.ModbusAddress, kNextInterval, 1, Rtu::RegisterData({quint16(LpCurrentIndex + 1)}));
+    const TransactionOutcome pointed =
+        link.WriteRegisters(link.ModbusAddress, kNextInterval, 1, Rtu::RegisterData({quint16(LpCurrentIndex + 1)}));
+    if (pointed != TransactionOutcome::Good) {
+        bLpCommFailed = kTrue;
+        return;
+    }
     link.ResetRxData();
     const TransactionOutcome read = link.ReadRegisters(link.ModbusAddress, Rtu::kReadInput,
                                                        quint16(kRecordArea + 0x100 * m_group),
