@@ -1,15 +1,14 @@
 #pragma once
 
 // What the download benchmarks share: a headless meter session presented on a map of texts,
-// on line to a simulated meter the caller owns, the data rows of a CSV file, the rows the
-// meter holds for a range, and a loop that runs until a condition holds.
+// on line to a simulated meter the caller owns, a count of a CSV file's data rows, and a loop
+// that runs until a condition holds. The rows compared come from tests/support/LpFileRows.h.
 
+#include "LpFileRows.h"
 #include "MapScreen.h"
 #include "MeterOnLine.h"
 #include "RecordingPrompts.h"
 #include "connection/MeterSession.h"
-#include "link/RtuFrames.h"
-#include "loadprofile/LpCsvFile.h"
 #include "sim/SimulatedMeterHost.h"
 
 #include <QCoreApplication>
@@ -87,23 +86,6 @@ inline bool RunUntil(const std::function<bool()>& done, int timeoutMs, int perio
     return held;
 }
 
-// The data rows of a download's CSV file: every line but the header lines ("Date : ..." and
-// "Date,Time,..."), without the line end.
-inline QList<QByteArray> DataRows(const QString& path)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return {};
-    QList<QByteArray> rows;
-    for (QByteArray line : file.readAll().split('\n')) {
-        if (line.endsWith('\r'))
-            line.chop(1);
-        if (!line.isEmpty() && !line.startsWith("Date"))
-            rows.append(line);
-    }
-    return rows;
-}
-
 // How many data rows the file holds, read a line at a time.
 inline qint64 CountDataRows(const QString& path)
 {
@@ -117,25 +99,6 @@ inline qint64 CountDataRows(const QString& path)
             ++rows;
     }
     return rows;
-}
-
-// The rows of intervals first..last of `group` (0 or 1) of `channels` channels as the meter
-// holds them, read from its model directly; the interval pointer is put back afterwards.
-inline QList<QByteArray> MeterRows(sim::SimulatedMeterHost& meter, int group, int channels, int first, int last)
-{
-    const quint16 length = quint16(3 + 2 * channels);
-    const quint16 area = quint16(0x2000 + 0x100 * group);
-    QList<QByteArray> expected;
-    meter.withModel([&](sim::MeterModel& model) {
-        const quint16 pointer = model.holding(0x104D);
-        for (int number = first; number <= last; ++number) {
-            model.write(0x104D, {quint16(number)});
-            const sim::RegisterRead read = model.read(sim::Table::Input, area, length);
-            expected.append(LpCsvFile::Rows(Rtu::RegisterData(read.values), 1, channels).chopped(2));
-        }
-        model.write(0x104D, {pointer});
-    });
-    return expected;
 }
 
 // A figure of /proc/self/status in KiB ("VmRSS:", "VmHWM:"); -1 when missing.

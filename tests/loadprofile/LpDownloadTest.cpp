@@ -2,8 +2,8 @@
 // file and its header blocks, safe file names from hostile identifications, a folder that
 // cannot be written, a disk that fills up, and downloads broken by faults and continued until
 // the file holds every interval once.
+#include "LpFileRows.h"
 #include "MeterOnLine.h"
-#include "link/RtuFrames.h"
 #include "loadprofile/LpCsvFile.h"
 
 #include <QDir>
@@ -259,35 +259,9 @@ private:
         waitForTheEnd();
     }
 
-    // The data rows of the file, header blocks left out.
-    QList<QByteArray> rows() const
-    {
-        QList<QByteArray> data;
-        for (const QByteArray& line : Lines(m_on->session->download.LpFilePath)) {
-            if (!line.startsWith("Date"))
-                data.append(line);
-        }
-        return data;
-    }
-
+    QList<QByteArray> rows() const { return DataRows(m_on->session->download.LpFilePath); }
     // The rows of intervals first..last as the meter holds them (its clock stands still).
-    QList<QByteArray> expectedRows(int first, int last)
-    {
-        const int channels = 8;
-        const quint16 length = quint16(3 + 2 * channels);
-        QList<QByteArray> expected;
-        for (int number = first; number <= last; ++number) {
-            const auto record = m_on->meter->withModel([&](sim::MeterModel& model) {
-                const quint16 pointer = model.holding(0x104D);
-                model.write(0x104D, {quint16(number)});
-                const sim::RegisterRead read = model.read(sim::Table::Input, 0x2000, length);
-                model.write(0x104D, {pointer});
-                return read.values;
-            });
-            expected.append(LpCsvFile::Rows(Rtu::RegisterData(record), 1, channels).chopped(2));
-        }
-        return expected;
-    }
+    QList<QByteArray> expectedRows(int first, int last) { return MeterRows(*m_on->meter, 0, 8, first, last); }
 
     QTemporaryDir m_folder;
     std::unique_ptr<SessionOnLine> m_on;
