@@ -76,6 +76,40 @@ private slots:
         QVERIFY(!m_connection->port.isOpen());
     }
 
+    void portOptionsNameAnEntry_data()
+    {
+        QTest::addColumn<QString>("option");
+        QTest::addColumn<int>("index"); // -1: refused
+        QTest::addColumn<QString>("appended");
+        QTest::newRow("first numbered port") << QStringLiteral("1") << 0 << QString();
+        QTest::newRow("a found port by number") << QStringLiteral("16") << 15 << QString();
+        QTest::newRow("number past the list") << QStringLiteral("18") << -1 << QString();
+        QTest::newRow("number zero") << QStringLiteral("0") << -1 << QString();
+        QTest::newRow("simulated meter") << QStringLiteral("sim") << 16 << QString();
+        QTest::newRow("a numbered port by path") << PortCatalog::NumberedDevice(2) << 1 << QString();
+        QTest::newRow("a device not in the list") << QStringLiteral("/dev/ttyACM7") << 17 << QStringLiteral("/dev/ttyACM7");
+        QTest::newRow("network address") << QStringLiteral("tcp://10.0.0.5:4001") << 17 << QStringLiteral("tcp://10.0.0.5:4001");
+        QTest::newRow("network address without a port") << QStringLiteral("tcp://10.0.0.5") << -1 << QString();
+        QTest::newRow("network port out of range") << QStringLiteral("tcp://gw:70000") << -1 << QString();
+        QTest::newRow("network address with a path") << QStringLiteral("tcp://gw:502/x") << -1 << QString();
+        QTest::newRow("empty") << QString() << -1 << QString();
+    }
+    void portOptionsNameAnEntry()
+    {
+        QFETCH(QString, option);
+        QFETCH(int, index);
+        QFETCH(QString, appended);
+        QList<PortEntry> entries = PortCatalog::Build({m_pair->second()});
+        const qsizetype before = entries.size();
+        QString error;
+        const std::optional<int> located = PortCatalog::Locate(entries, option, &error);
+        QCOMPARE(located.value_or(-1), index);
+        QCOMPARE(error.isEmpty(), index >= 0);
+        QCOMPARE(entries.size(), before + (appended.isEmpty() ? 0 : 1));
+        if (!appended.isEmpty())
+            QCOMPARE(entries.last().device, appended);
+    }
+
     void aVanishingPortTakesTheToolOffLine()
     {
         useThePty();
