@@ -9,7 +9,6 @@
 
 namespace {
 
-constexpr std::chrono::milliseconds kReplyTimeout{RegisterLink::kReplyTimeoutMs};
 constexpr std::chrono::milliseconds kFrameGap{RegisterLink::kFrameGapMs};
 
 } // namespace
@@ -77,11 +76,11 @@ TransactionOutcome RegisterLink::Transact(const qint16& address, bool isRead)
     if (bShowFrames != kFalse)
         emit requestEcho(Rtu::FrameEcho(TxFrame));
 
-    for (int attempt = 1; attempt <= kAttempts; ++attempt) {
+    for (int attempt = 1; attempt <= attempts; ++attempt) {
         // After a spoiled reply its own text ("CRC Error", an exception) stays on show; after
         // silence the operator learns that the tool is still trying.
         if (attempt > 1 && m_lastReply == FrameEvent::Outcome::NoReply)
-            emit statusText(RetryText(attempt));
+            emit statusText(RetryText(attempt, attempts));
         // A good reply ends the transaction, and so does a closed port or going off line.
         const TransactionOutcome outcome = Attempt(address, isRead, attempt);
         if (outcome != TransactionOutcome::Failed) {
@@ -89,7 +88,7 @@ TransactionOutcome RegisterLink::Transact(const qint16& address, bool isRead)
             return outcome;
         }
     }
-    emit statusText(GiveUpText());
+    emit statusText(GiveUpText(attempts));
     bWaiting = kFalse;
     bCommOK = kFalse;
     emit gaveUp();
@@ -130,7 +129,7 @@ TransactionOutcome RegisterLink::Attempt(const qint16& address, bool isRead, int
     emit frame({sentAt, FrameEvent::Direction::Request,
                 attempt == 1 ? FrameEvent::Outcome::Sent : FrameEvent::Outcome::Retry, TxFrame, attempt, 0, {}});
 
-    const Reception reception = AwaitReply(sentAt + kReplyTimeout);
+    const Reception reception = AwaitReply(sentAt + std::chrono::milliseconds(replyTimeoutMs));
     if (reception == Reception::Cut || !StillConnected())
         return TransactionOutcome::Abandoned;
     if (reception == Reception::TimedOut) {

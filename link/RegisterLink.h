@@ -40,9 +40,12 @@ class RegisterLink : public QObject {
 public:
     static constexpr int kAttempts = 5;
     // The status text of a transaction that gave up; also the reason the tool went off line.
-    static QString GiveUpText() { return QStringLiteral("Communication Error! Retry %1 times!").arg(kAttempts); }
+    static QString GiveUpText(int attempts = kAttempts) { return QStringLiteral("Communication Error! Retry %1 times!").arg(attempts); }
     // The status text while attempt `attempt` runs after an unanswered one: the tool is not frozen.
-    static QString RetryText(int attempt) { return QStringLiteral("no reply, attempt %1 of %2").arg(attempt).arg(kAttempts); }
+    static QString RetryText(int attempt, int attempts = kAttempts)
+    {
+        return QStringLiteral("no reply, attempt %1 of %2").arg(attempt).arg(attempts);
+    }
     // Reply wait of one attempt, from the request's send: 200 looks × 10 ms = 2 s.
     static constexpr qint32 kReplyTimeoutMs = 200 * 10;
     // Silence kept between the last byte received and the next request. The meter ends a
@@ -80,6 +83,11 @@ public:
     Bool16 bCommOK = kFalse;
     qint16 ModbusAddress = 0;
     Bool16 bShowFrames = kFalse;
+    // How long one attempt waits for its reply, and how many attempts a transaction makes. The
+    // window keeps the meter's 2 s and 5; a scan for meters tries each address once, briefly,
+    // and a script may wait longer for a slow gateway.
+    qint32 replyTimeoutMs = kReplyTimeoutMs;
+    int attempts = kAttempts;
     // The code of the exception reply that ended an attempt of the latest transaction (the
     // last one if several did), from ModbusAddress to the request's function; 0 when none
     // did. Each transaction, read or write, starts it at 0. It stays set when a later attempt

@@ -106,6 +106,18 @@ private slots:
         QCOMPARE(f.echoes, QStringList{QStringLiteral("15 3 16 0 0 10 192 35 \r\n")});
     }
 
+    // A scan tries each address once with a short wait; a slow gateway gets a longer one.
+    void thePatienceOfATransactionCanBeSet()
+    {
+        LinkOnFakeLine f;
+        f.link.replyTimeoutMs = 150;
+        f.link.attempts = 2;
+        QCOMPARE(f.read(0x1000, 10), TransactionOutcome::Failed);
+        QCOMPARE(f.line.sent.size(), 2);
+        QCOMPARE(f.line.sent[1].at - f.line.sent[0].at, 150ms);
+        QCOMPARE(f.texts, (QStringList{"no reply, attempt 2 of 2", "Communication Error! Retry 2 times!"}));
+    }
+
     void offLineOrAClosedPortAbandons_data()
     {
         QTest::addColumn<bool>("closePort");
