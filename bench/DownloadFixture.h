@@ -5,7 +5,7 @@
 // that runs until a condition holds. The rows compared come from tests/support/LpFileRows.h.
 
 #include "LpFileRows.h"
-#include "MapScreen.h"
+#include "TestLists.h"
 #include "MeterOnLine.h"
 #include "RecordingPrompts.h"
 #include "connection/MeterSession.h"
@@ -59,7 +59,7 @@ struct BenchSession {
     bool onLine() const { return session->connection.bOnLine.isTrue(); }
 
     sim::SimulatedMeterHost& meter;
-    MapScreen screen;
+    TextScreen screen;
     RecordingPrompts prompts;
     RecordingLists lists;
     FixedClock clock;

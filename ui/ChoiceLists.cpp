@@ -3,14 +3,6 @@
 #include <QComboBox>
 #include <QSignalBlocker>
 
-QStringList NumberTexts(int first, int last)
-{
-    QStringList texts;
-    for (int n = first; n <= last; ++n)
-        texts.append(QString::number(n));
-    return texts;
-}
-
 void AddEntries(QComboBox* list, const QStringList& entries)
 {
     const int selected = list->currentIndex();

@@ -1,11 +1,10 @@
 #pragma once
 
+#include "ports/StartUpLists.h"
+
 #include <QStringList>
 
 class QComboBox;
-
-// Entries of the numeric choice lists are plain decimal numbers: "first" to "last".
-QStringList NumberTexts(int first, int last);
 
 // Appends entries without selecting anything. Qt selects the first entry of an empty list by
 // itself, which would run the list's selection handler on a half-filled list, and several

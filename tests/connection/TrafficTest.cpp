@@ -1,7 +1,7 @@
 // The traffic monitor: the frames and counters the link reports for each way a transaction
 // can go, the status texts while it retries, the ring's bound, and when values go stale.
 #include "FakeLine.h"
-#include "MapScreen.h"
+#include "TestLists.h"
 #include "RecordingPrompts.h"
 #include "connection/Connection.h"
 #include "connection/PollCycle.h"
@@ -140,7 +140,7 @@ private slots:
     // screen shows the last good reading's and says when it was taken.
     void valuesGoStaleOffLineOrAfterAFailedTick()
     {
-        MapScreen screen;
+        TextScreen screen;
         RecordingPrompts prompts;
         RecordingLists lists;
         FixedClock clock;

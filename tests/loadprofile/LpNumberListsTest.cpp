@@ -1,6 +1,6 @@
 // The download's interval lists follow the chosen group's count of valid intervals, and the
 // status line warns while they are about to change.
-#include "MapScreen.h"
+#include "TestLists.h"
 #include "loadprofile/LpNumberLists.h"
 #include "measure/MeterReading.h"
 
@@ -94,7 +94,7 @@ private:
         m_numberLists->RefreshLpNumberLists(m_reading);
     }
 
-    MapScreen m_screen;
+    TextScreen m_screen;
     RecordingLists m_lists;
     MeterReading m_reading;
     std::unique_ptr<LpNumberLists> m_numberLists;

@@ -1,6 +1,6 @@
 // The real-time image and the energy block: each value from its bytes into the reading, and
 // from the reading onto its field, in its format.
-#include "MapScreen.h"
+#include "TestLists.h"
 #include "measure/PollPlan.h"
 #include "measure/ReadingDecoding.h"
 #include "measure/RealTimeDisplay.h"
@@ -180,7 +180,7 @@ private:
         m_display.ShowRealTimeData(m_reading);
     }
 
-    MapScreen m_screen;
+    TextScreen m_screen;
     MeterReading m_reading;
     RealTimeDisplay m_display{m_screen};
 };

@@ -54,32 +54,6 @@ const Command kCommands[] = {
     {"clear kWh", {}, &MeterSettings::Command1_Click, "0f10 1012 0001 02 0055", "19200,n,8,1"},
 };
 
-QStringList Numbers(int first, int last)
-{
-    QStringList texts;
-    for (int n = first; n <= last; ++n)
-        texts.append(QString::number(n));
-    return texts;
-}
-
-// The lists as the window fills them at start-up.
-void FillLists(MapScreen& s)
-{
-    const QStringList bauds{"9600", "19200"};
-    s.Fill("Combo_Modbus_add", Numbers(1, 247), 14);
-    s.Fill("Combo_Modbus_add_sel", Numbers(1, 247), 14);
-    s.Fill("Combo_Modbus_BaudRate", bauds, 1);
-    s.Fill("Combo_BaudRate_Sel", bauds, 1);
-    s.Fill("Combo_SetStopBit", {"1", "2"}, 0);
-    s.Fill("Combo_StopBit", {"1", "2"}, 0);
-    s.Fill("Combo_SetWiring", {"Auto", "1P2W", "1P3W", "3P3W 2CT", "3P3W 3CT", "3P4W"}, 0);
-    s.Fill("Combo_PT_Ratio", {"1", "2", "5", "10"}, 0);
-    s.Fill("Combo_CT_Ratio", {"1", "2", "100", "200"}, 0);
-    s.Fill("Combo1", Numbers(3, 15), 0);
-    s.Fill("Combo_Display_Ser_sel", Numbers(1, 50), 0);
-    s.Fill("Combo_Display_Item_sel", Numbers(0, 10) + QStringList{"12"} + Numbers(101, 140), 1);
-}
-
 } // namespace
 
 Q_DECLARE_METATYPE(Choice)
@@ -92,7 +66,7 @@ private slots:
         m_on = std::make_unique<SessionOnLine>();
         m_on->clock.now = QDateTime(QDate(2026, 11, 15), QTime(23, 59, 7));
         QVERIFY(m_on->begin());
-        FillLists(m_on->screen);
+        m_on->screen.FillStartUpLists();
     }
     void cleanup() { m_on.reset(); }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "MapScreen.h"
+#include "TestLists.h"
 #include "RecordingPrompts.h"
 #include "connection/MeterSession.h"
 #include "sim/SimulatedMeterHost.h"
@@ -59,7 +59,7 @@ struct SessionOnLine {
         return GoOnLineTo(*meter, session->connection);
     }
 
-    MapScreen screen;
+    TextScreen screen;
     RecordingPrompts prompts;
     RecordingLists lists;
     FixedClock clock;
