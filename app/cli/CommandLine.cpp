@@ -1,0 +1,89 @@
+#include "app/cli/CommandLine.h"
+
+#include "app/cli/ExitCodes.h"
+
+#include <QTextStream>
+
+namespace {
+
+const QCommandLineOption kPort(QStringLiteral("port"),
+    QStringLiteral("The meter's line: a device path (/dev/ttyUSB0), a port number as the window's list counts "
+                   "them (1 = /dev/ttyS0 ...), \"sim\" for the built-in simulated meter, or tcp://host:port for "
+                   "a serial device server."), QStringLiteral("PORT"));
+const QCommandLineOption kBaud(QStringLiteral("baud"), QStringLiteral("Baud rate of the line: 9600 or 19200 (default 19200)."),
+                               QStringLiteral("RATE"), QStringLiteral("19200"));
+const QCommandLineOption kStopBits(QStringLiteral("stop-bits"), QStringLiteral("Stop bits: 1 or 2 (default 1)."),
+                                   QStringLiteral("N"), QStringLiteral("1"));
+const QCommandLineOption kAddress(QStringLiteral("address"), QStringLiteral("The meter's Modbus address, 1 to 247 (default 15)."),
+                                  QStringLiteral("N"), QStringLiteral("15"));
+const QCommandLineOption kTimeout(QStringLiteral("timeout"),
+    QStringLiteral("Seconds each of the five attempts of a request waits for the reply (default 2)."),
+    QStringLiteral("SECONDS"), QStringLiteral("2"));
+
+} // namespace
+
+int Fail(int status, const QString& message)
+{
+    QTextStream(stderr) << "qx5820: " << message << Qt::endl;
+    return status;
+}
+
+CommandLine::CommandLine(const QString& usage, const QString& description, bool talksToMeter)
+    : m_usage(usage), m_help(QStringList{QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Show this help.")),
+      m_talksToMeter(talksToMeter)
+{
+    m_parser.setApplicationDescription(description);
+    m_parser.addOption(m_help);
+    if (talksToMeter)
+        m_parser.addOptions({kPort, kBaud, kStopBits, kAddress, kTimeout});
+}
+
+std::optional<int> CommandLine::Parse(const QStringList& arguments)
+{
+    // The parser skips the first argument, the program's name.
+    if (!m_parser.parse(QStringList{QStringLiteral("qx5820")} + arguments))
+        return Fail(kExitBadArguments, m_parser.errorText() + QStringLiteral(" (see qx5820 %1 --help)").arg(m_usage));
+    if (m_parser.isSet(m_help)) {
+        // The parser names the program by the path it was started with.
+        QString help = m_parser.helpText();
+        const qsizetype options = help.indexOf(QLatin1String(" [options]"));
+        if (help.startsWith(QLatin1String("Usage: ")) && options > 0)
+            help.replace(7, options - 7, QStringLiteral("qx5820 ") + m_usage);
+        QTextStream(stdout) << help;
+        return kExitOk;
+    }
+    return std::nullopt;
+}
+
+std::optional<LineOptions> CommandLine::Line() const
+{
+    LineOptions line;
+    line.port = m_parser.value(kPort);
+    if (line.port.isEmpty()) {
+        Fail(kExitBadArguments, QStringLiteral("no port given: --port DEVICE, a port number, sim or tcp://host:port"));
+        return std::nullopt;
+    }
+    line.baudRate = m_parser.value(kBaud);
+    if (line.baudRate != QLatin1String("9600") && line.baudRate != QLatin1String("19200")) {
+        Fail(kExitBadArguments, QStringLiteral("--baud must be 9600 or 19200, not \"%1\"").arg(line.baudRate));
+        return std::nullopt;
+    }
+    line.stopBits = m_parser.value(kStopBits);
+    if (line.stopBits != QLatin1String("1") && line.stopBits != QLatin1String("2")) {
+        Fail(kExitBadArguments, QStringLiteral("--stop-bits must be 1 or 2, not \"%1\"").arg(line.stopBits));
+        return std::nullopt;
+    }
+    bool ok = false;
+    line.address = m_parser.value(kAddress).toInt(&ok);
+    if (!ok || line.address < 1 || line.address > 247) {
+        Fail(kExitBadArguments, QStringLiteral("--address must be 1 to 247, not \"%1\"").arg(m_parser.value(kAddress)));
+        return std::nullopt;
+    }
+    const double seconds = m_parser.value(kTimeout).toDouble(&ok);
+    if (!ok || seconds < 0.05 || seconds > 60) {
+        Fail(kExitBadArguments, QStringLiteral("--timeout must be 0.05 to 60 seconds, not \"%1\"").arg(m_parser.value(kTimeout)));
+        return std::nullopt;
+    }
+    line.replyTimeoutMs = int(seconds * 1000 + 0.5);
+    return line;
+}

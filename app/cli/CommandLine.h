@@ -1,0 +1,50 @@
+#pragma once
+
+#include <QCommandLineOption>
+#include <QCommandLineParser>
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+
+// Where and how to reach the meter: the options every command that talks to it shares, with
+// the defaults of the window's lists.
+struct LineOptions {
+    QString port;               // a device path, a port number as the window counts, "sim", "tcp://host:port"
+    QString baudRate;           // "9600" or "19200"
+    QString stopBits;           // "1" or "2"
+    int address = 15;           // 1 to 247
+    int replyTimeoutMs = 2000;  // one attempt's wait for its reply
+};
+
+// The parser of one command: its own options and, for a command that talks to the meter, the
+// line options. Parse errors and --help are answered here, so that each command only runs.
+class CommandLine {
+public:
+    // `usage` is the command as typed ("read", "lp download"); `arguments` its description.
+    CommandLine(const QString& usage, const QString& description, bool talksToMeter);
+
+    void Add(const QCommandLineOption& option) { m_parser.addOption(option); }
+    void AddPositional(const QString& name, const QString& description, const QString& syntax = QString())
+    {
+        m_parser.addPositionalArgument(name, description, syntax);
+    }
+    // Parses the arguments after the command's name. Nothing when the command may run;
+    // otherwise the exit status: 0 after --help, 2 after a message on stderr.
+    std::optional<int> Parse(const QStringList& arguments);
+
+    bool IsSet(const QCommandLineOption& option) const { return m_parser.isSet(option); }
+    QString Value(const QCommandLineOption& option) const { return m_parser.value(option); }
+    QStringList Positional() const { return m_parser.positionalArguments(); }
+    // The line options, checked; nothing after a message on stderr.
+    std::optional<LineOptions> Line() const;
+
+private:
+    QString m_usage;
+    QCommandLineParser m_parser;
+    QCommandLineOption m_help;
+    bool m_talksToMeter;
+};
+
+// Writes "qx5820: <message>" to stderr and returns `status`, for `return Fail(...)`.
+int Fail(int status, const QString& message);

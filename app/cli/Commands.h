@@ -1,0 +1,8 @@
+#pragma once
+
+#include <QStringList>
+
+// The commands of qx5820, each given the arguments after its name; each returns the exit
+// status (ExitCodes.h).
+int RunRead(const QStringList& arguments);
+int RunWatch(const QStringList& arguments);

@@ -1,0 +1,112 @@
+// read: one poll of the meter, printed. watch: a line a tick until stopped.
+#include "app/cli/Commands.h"
+#include "app/cli/CommandLine.h"
+#include "app/cli/ConsoleSession.h"
+#include "app/cli/ExitCodes.h"
+#include "app/cli/ReadingFormat.h"
+
+#include <QFile>
+
+namespace {
+
+const QCommandLineOption kFormat(QStringLiteral("format"), QStringLiteral("table, json or csv."), QStringLiteral("FORMAT"));
+
+std::optional<ReadingFormat> FormatOf(const CommandLine& line, const QString& fallback, bool tableAllowed)
+{
+    const QString text = line.IsSet(kFormat) ? line.Value(kFormat) : fallback;
+    const std::optional<ReadingFormat> format = ParseReadingFormat(text);
+    if (!format || (!tableAllowed && *format == ReadingFormat::Table)) {
+        Fail(kExitBadArguments, QStringLiteral("--format must be %1, not \"%2\"")
+                                    .arg(tableAllowed ? QStringLiteral("table, json or csv") : QStringLiteral("csv or json"), text));
+        return std::nullopt;
+    }
+    return format;
+}
+
+// Where the lines of a watch go: stdout, or a file that is appended to, each line written
+// through at once so that an interruption loses none.
+class LineSink {
+public:
+    bool Open(const QString& path)
+    {
+        m_file.setFileName(path);
+        if (path.isEmpty())
+            return m_file.open(stdout, QIODevice::WriteOnly | QIODevice::Unbuffered);
+        return m_file.open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Unbuffered);
+    }
+    bool Write(const QByteArray& line) { return m_file.write(line) == line.size(); }
+    bool Empty() const { return m_file.size() == 0; }
+    QString Error() const { return m_file.fileName() + QStringLiteral(": ") + m_file.errorString(); }
+
+private:
+    QFile m_file;
+};
+
+} // namespace
+
+int RunRead(const QStringList& arguments)
+{
+    CommandLine line(QStringLiteral("read"), QStringLiteral("Reads every measurement and setting of the meter once and prints them."), true);
+    line.Add(kFormat);
+    if (const auto status = line.Parse(arguments))
+        return *status;
+    const auto format = FormatOf(line, QStringLiteral("table"), true);
+    const auto options = line.Line();
+    if (!format || !options)
+        return kExitBadArguments;
+
+    ConsoleSession console(*options);
+    if (const int status = console.GoOnLine(); status != kExitOk)
+        return status;
+    const std::optional<MeterReading> reading = console.NextReading();
+    if (!reading)
+        return console.Ended();
+    QFile out;
+    if (!out.open(stdout, QIODevice::WriteOnly) || out.write(Printed(*reading, *format)) < 0)
+        return Fail(kExitFileError, QStringLiteral("cannot write the output: ") + out.errorString());
+    return kExitOk;
+}
+
+int RunWatch(const QStringList& arguments)
+{
+    CommandLine line(QStringLiteral("watch"),
+                     QStringLiteral("Polls the meter as the window does and prints one line a tick (CSV or JSON lines) "
+                                    "until interrupted or for --count ticks."), true);
+    line.Add(kFormat);
+    const QCommandLineOption count(QStringLiteral("count"), QStringLiteral("Stop after N ticks."), QStringLiteral("N"));
+    const QCommandLineOption output(QStringLiteral("output"),
+        QStringLiteral("Append the lines to FILE instead of printing them (a CSV header only when FILE is new or empty)."),
+        QStringLiteral("FILE"));
+    line.Add(count);
+    line.Add(output);
+    if (const auto status = line.Parse(arguments))
+        return *status;
+    const auto format = FormatOf(line, QStringLiteral("csv"), false);
+    const auto options = line.Line();
+    if (!format || !options)
+        return kExitBadArguments;
+    qint64 ticks = -1;
+    if (line.IsSet(count)) {
+        bool ok = false;
+        ticks = line.Value(count).toLongLong(&ok);
+        if (!ok || ticks < 1)
+            return Fail(kExitBadArguments, QStringLiteral("--count must be 1 or more, not \"%1\"").arg(line.Value(count)));
+    }
+    LineSink sink;
+    if (!sink.Open(line.Value(output)))
+        return Fail(kExitFileError, sink.Error());
+
+    ConsoleSession console(*options);
+    if (const int status = console.GoOnLine(); status != kExitOk)
+        return status;
+    bool header = sink.Empty() || !line.IsSet(output);
+    for (qint64 written = 0; ticks < 0 || written < ticks; ++written) {
+        const std::optional<MeterReading> reading = console.NextReading();
+        if (!reading)
+            return console.Interrupted() ? kExitOk : console.Ended();
+        if (!sink.Write(LogLine(*reading, *format, header)))
+            return Fail(kExitFileError, sink.Error());
+        header = false;
+    }
+    return kExitOk;
+}

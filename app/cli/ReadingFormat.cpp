@@ -1,0 +1,100 @@
+#include "app/cli/ReadingFormat.h"
+
+#include "measure/ReadingFields.h"
+
+#include <QJsonDocument>
+#include <QJsonObject>
+
+namespace {
+
+QList<ReadingField> Fields(const MeterReading& reading)
+{
+    QList<ReadingField> fields{{QStringLiteral("time"), reading.takenAt.toString(Qt::ISODateWithMs)}};
+    fields += FieldsOf(reading);
+    return fields;
+}
+
+QByteArray Json(const MeterReading& reading, QJsonDocument::JsonFormat layout)
+{
+    // A QJsonObject would sort its keys; the fields' own order reads better, so the object is
+    // written pair by pair.
+    QByteArray text = "{";
+    const QList<ReadingField> fields = Fields(reading);
+    const QByteArray separator = layout == QJsonDocument::Indented ? ",\n    " : ",";
+    text += layout == QJsonDocument::Indented ? "\n    " : "";
+    for (qsizetype i = 0; i < fields.size(); ++i) {
+        if (i > 0)
+            text += separator;
+        const QByteArray pair = QJsonDocument(QJsonObject{{fields[i].name, fields[i].value}}).toJson(QJsonDocument::Compact);
+        text += pair.mid(1, pair.size() - 2); // "name":value without the braces
+    }
+    text += layout == QJsonDocument::Indented ? "\n}\n" : "}\n";
+    return text;
+}
+
+// A CSV cell: quoted when it holds a comma, a quote or a line break.
+QString Cell(const QString& text)
+{
+    if (!text.contains(QLatin1Char(',')) && !text.contains(QLatin1Char('"')) && !text.contains(QLatin1Char('\n'))
+        && !text.contains(QLatin1Char('\r')))
+        return text;
+    return QLatin1Char('"') + QString(text).replace(QLatin1String("\""), QLatin1String("\"\"")) + QLatin1Char('"');
+}
+
+QByteArray CsvHeader(const QList<ReadingField>& fields)
+{
+    QStringList names;
+    for (const ReadingField& field : fields)
+        names.append(field.name);
+    return names.join(QLatin1Char(',')).toUtf8() + '\n';
+}
+
+QByteArray CsvRow(const QList<ReadingField>& fields)
+{
+    QStringList cells;
+    for (const ReadingField& field : fields)
+        cells.append(Cell(FieldText(field.value)));
+    return cells.join(QLatin1Char(',')).toUtf8() + '\n';
+}
+
+QByteArray Table(const QList<ReadingField>& fields)
+{
+    qsizetype width = 0;
+    for (const ReadingField& field : fields)
+        width = std::max(width, field.name.size());
+    QString text;
+    for (const ReadingField& field : fields)
+        text += field.name.leftJustified(width + 2) + FieldText(field.value) + QLatin1Char('\n');
+    return text.toUtf8();
+}
+
+} // namespace
+
+std::optional<ReadingFormat> ParseReadingFormat(const QString& text)
+{
+    if (text == QLatin1String("table"))
+        return ReadingFormat::Table;
+    if (text == QLatin1String("json"))
+        return ReadingFormat::Json;
+    if (text == QLatin1String("csv"))
+        return ReadingFormat::Csv;
+    return std::nullopt;
+}
+
+QByteArray Printed(const MeterReading& reading, ReadingFormat format)
+{
+    switch (format) {
+    case ReadingFormat::Table: return Table(Fields(reading));
+    case ReadingFormat::Json: return Json(reading, QJsonDocument::Indented);
+    case ReadingFormat::Csv: return LogLine(reading, format, true);
+    }
+    return {};
+}
+
+QByteArray LogLine(const MeterReading& reading, ReadingFormat format, bool withHeader)
+{
+    if (format == ReadingFormat::Json)
+        return Json(reading, QJsonDocument::Compact);
+    const QList<ReadingField> fields = Fields(reading);
+    return (withHeader ? CsvHeader(fields) : QByteArray()) + CsvRow(fields);
+}

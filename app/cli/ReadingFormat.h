@@ -1,0 +1,20 @@
+#pragma once
+
+#include "measure/MeterReading.h"
+
+#include <QByteArray>
+#include <QString>
+
+#include <optional>
+
+// How a reading is printed: an aligned table for people, JSON or CSV for programs. Each
+// starts with the PC's time of the reading ("time"), then the reading's fields.
+enum class ReadingFormat { Table, Json, Csv };
+
+std::optional<ReadingFormat> ParseReadingFormat(const QString& text);
+
+// The whole reading: a table, one JSON object, or a CSV header line and one row.
+QByteArray Printed(const MeterReading& reading, ReadingFormat format);
+// One line a tick for a log: a JSON object on one line, or a CSV row (and the header line
+// before the first row when `withHeader`).
+QByteArray LogLine(const MeterReading& reading, ReadingFormat format, bool withHeader);

@@ -1,0 +1,71 @@
+// qx5820: the meter's set-up and read-out from a shell or a script. The same session as the
+// window, without one: the same lists, checks, messages and pacing.
+#include "app/cli/Commands.h"
+#include "app/cli/ExitCodes.h"
+#include "sim/TerminationSignals.h"
+
+#include <QCoreApplication>
+#include <QTextStream>
+
+#include <iterator>
+
+namespace {
+
+struct Command {
+    const char* name;
+    const char* summary;
+    int (*run)(const QStringList& arguments);
+};
+
+const Command kCommands[] = {
+    {"read", "read every measurement and setting once (--format table|json|csv)", RunRead},
+    {"watch", "poll continuously, one CSV or JSON line a tick (--count, --output)", RunWatch},
+};
+
+QString Overview()
+{
+    QString text = QStringLiteral(
+        "Usage: qx5820 COMMAND [options]\n"
+        "Set-up and read-out of a QX-5820 three-phase meter over Modbus RTU.\n\nCommands:\n");
+    for (const Command& command : kCommands)
+        text += QStringLiteral("  %1%2\n").arg(QString::fromLatin1(command.name).leftJustified(14), QLatin1String(command.summary));
+    text += QStringLiteral(
+        "\nThe meter is reached with --port PORT (a device path, a port number, sim, or tcp://host:port),\n"
+        "--baud 9600|19200, --stop-bits 1|2 and --address 1-247. \"qx5820 COMMAND --help\" tells more.\n\n"
+        "Exit status: 0 done; 2 bad arguments; 3 the port could not be opened; 4 the meter did not\n"
+        "answer or the line was lost; 5 a value was refused or not confirmed; 6 a file could not be\n"
+        "written; 130 interrupted.\n");
+    return text;
+}
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    // Before any thread starts: Ctrl-C then reaches the event loop, and a command stops in order.
+    sim::TerminationSignals::block();
+    QCoreApplication app(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("qx5820"));
+    QCoreApplication::setApplicationVersion(QStringLiteral("1.0"));
+
+    QStringList arguments = QCoreApplication::arguments().mid(1);
+    if (arguments.isEmpty()) {
+        QTextStream(stderr) << Overview();
+        return kExitBadArguments;
+    }
+    const QString name = arguments.takeFirst();
+    if (name == QLatin1String("-h") || name == QLatin1String("--help") || name == QLatin1String("help")) {
+        QTextStream(stdout) << Overview();
+        return kExitOk;
+    }
+    if (name == QLatin1String("--version")) {
+        QTextStream(stdout) << "qx5820 " << QCoreApplication::applicationVersion() << Qt::endl;
+        return kExitOk;
+    }
+    for (const Command& command : kCommands) {
+        if (name == QLatin1String(command.name))
+            return command.run(arguments);
+    }
+    QTextStream(stderr) << "qx5820: unknown command \"" << name << "\"\n\n" << Overview();
+    return kExitBadArguments;
+}

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "measure/MeterReading.h"
+
+#include <QJsonValue>
+#include <QList>
+#include <QString>
+
+// A reading as a flat list of named values, for output that other programs read: a table,
+// JSON, CSV. Names are stable and lower case ("voltage_an", "active_power_total"); numbers
+// keep the meter's single precision and no more, so 230.1 reads 230.1, not 230.100006.
+struct ReadingField {
+    QString name;
+    QJsonValue value; // a number or a text
+};
+
+// Every measurement, energy, ratio and setting the reading holds, in a fixed order: the same
+// names whichever blocks were read, so that lines of a log line up. Blocks never read give
+// null values.
+QList<ReadingField> FieldsOf(const MeterReading& reading);
+
+// The value as a table or a CSV file shows it: numbers in their shortest form, texts as
+// they are, null as an empty text.
+QString FieldText(const QJsonValue& value);

@@ -1,0 +1,106 @@
+// read and watch, and the options every command shares: output, exit status and messages.
+#include "CliRun.h"
+#include "PtyPair.h"
+
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTemporaryDir>
+#include <QTest>
+
+class ReadCommandsTest : public QObject {
+    Q_OBJECT
+private slots:
+    void initTestCase() { QVERIFY2(m_silent.error().isEmpty(), qPrintable(m_silent.error())); }
+
+    // A row's arguments may name "SILENT", a line where nothing answers.
+    void exitStatusAndMessages_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QString>("out"); // a line that must appear, or empty
+        QTest::addColumn<QString>("err");
+        const auto sim = [](QStringList more) { return QStringList{QStringLiteral("--port"), QStringLiteral("sim")} + more; };
+        QTest::newRow("read as a table") << QStringList{"read"} + sim({}) << 0 << "identification              QX5820  SN004217" << "";
+        QTest::newRow("overview") << QStringList{"--help"} << 0 << "Usage: qx5820 COMMAND [options]" << "";
+        QTest::newRow("command help") << QStringList{"watch", "--help"} << 0 << "Usage: qx5820 watch [options]" << "";
+        QTest::newRow("no command") << QStringList{} << 2 << "" << "Usage: qx5820 COMMAND [options]";
+        QTest::newRow("unknown command") << QStringList{"reed"} << 2 << "" << "qx5820: unknown command \"reed\"";
+        QTest::newRow("unknown option") << QStringList{"read", "--prot", "sim"} << 2 << "" << "Unknown option 'prot'";
+        QTest::newRow("no port") << QStringList{"read"} << 2 << "" << "no port given";
+        QTest::newRow("port number past the list") << QStringList{"read", "--port", "99"} << 2 << "" << "port number 99 is not in the list";
+        QTest::newRow("bad network address") << QStringList{"read", "--port", "tcp://meter"} << 2 << "" << "tcp://host:port";
+        QTest::newRow("baud rate") << QStringList{"read"} + sim({"--baud", "4800"}) << 2 << "" << "--baud must be 9600 or 19200, not \"4800\"";
+        QTest::newRow("stop bits") << QStringList{"read"} + sim({"--stop-bits", "1.5"}) << 2 << "" << "--stop-bits must be 1 or 2";
+        QTest::newRow("address") << QStringList{"read"} + sim({"--address", "248"}) << 2 << "" << "--address must be 1 to 247";
+        QTest::newRow("format") << QStringList{"read"} + sim({"--format", "xml"}) << 2 << "" << "--format must be table, json or csv";
+        QTest::newRow("watch as a table") << QStringList{"watch"} + sim({"--format", "table"}) << 2 << "" << "--format must be csv or json";
+        QTest::newRow("count") << QStringList{"watch"} + sim({"--count", "0"}) << 2 << "" << "--count must be 1 or more";
+        QTest::newRow("absent device") << QStringList{"read", "--port", "/dev/ttyQX404"} << 3 << "" << "Comm Port Error: /dev/ttyQX404";
+        QTest::newRow("silent meter") << QStringList{"read", "--port", "SILENT", "--timeout", "0.1"} << 4 << ""
+                                      << "Communication Error! Retry 5 times!";
+        QTest::newRow("another address") << QStringList{"watch"} + sim({"--address", "3", "--timeout", "0.1"}) << 4 << ""
+                                         << "Communication Error! Retry 5 times!";
+        QTest::newRow("output to a full disk") << QStringList{"watch"} + sim({"--count", "2", "--output", "/dev/full"}) << 6 << ""
+                                               << "/dev/full: No space left on device";
+    }
+    void exitStatusAndMessages()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(int, status);
+        QFETCH(QString, out);
+        QFETCH(QString, err);
+        arguments.replaceInStrings(QStringLiteral("SILENT"), m_silent.first());
+        const CliResult run = RunCli(arguments);
+        QVERIFY2(run.exitCode == status, run.err.constData());
+        QVERIFY2(QString::fromUtf8(run.out).contains(out), run.out.constData());
+        QVERIFY2(QString::fromUtf8(run.err).contains(err), run.err.constData());
+        QCOMPARE(run.err.isEmpty(), err.isEmpty());
+    }
+
+    void jsonAndCsvCarryTheSameFields()
+    {
+        const CliResult json = RunCli({"read", "--port", "sim", "--format", "json"});
+        QCOMPARE(json.exitCode, 0);
+        QJsonParseError error;
+        const QJsonObject object = QJsonDocument::fromJson(json.out, &error).object();
+        QCOMPARE(error.error, QJsonParseError::NoError);
+        QVERIFY(object.value("frequency").toDouble() > 49 && object.value("frequency").toDouble() < 51);
+        QCOMPARE(object.value("wiring").toString(), QStringLiteral("3P4W"));
+
+        const CliResult csv = RunCli({"read", "--port", "sim", "--format", "csv"});
+        const QList<QByteArray> lines = csv.out.trimmed().split('\n');
+        QCOMPARE(lines.size(), 2);
+        const QList<QByteArray> names = lines[0].split(',');
+        QCOMPARE(names.size(), object.size());
+        QCOMPARE(lines[1].split(',').size(), names.size());
+        for (const QByteArray& name : names)
+            QVERIFY2(object.contains(QString::fromLatin1(name)), name.constData());
+    }
+
+    // A log appended to by two runs has one header, and every tick a line of its own.
+    void watchAppendsOneLineATick()
+    {
+        QTemporaryDir dir;
+        const QString log = dir.filePath("meter.csv");
+        for (int run = 0; run < 2; ++run)
+            QCOMPARE(RunCli({"watch", "--port", "sim", "--count", "3", "--output", log}).exitCode, 0);
+        QFile file(log);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QList<QByteArray> lines = file.readAll().trimmed().split('\n');
+        QCOMPARE(lines.size(), 1 + 2 * 3);
+        QVERIFY(lines[0].startsWith("time,voltage_an,"));
+        QVERIFY(!lines[4].startsWith("time"));
+
+        const CliResult json = RunCli({"watch", "--port", "sim", "--count", "2", "--format", "json"});
+        const QList<QByteArray> objects = json.out.trimmed().split('\n');
+        QCOMPARE(objects.size(), 2);
+        for (const QByteArray& line : objects)
+            QVERIFY(QJsonDocument::fromJson(line).isObject());
+    }
+
+private:
+    PtyPair m_silent;
+};
+
+QTEST_GUILESS_MAIN(ReadCommandsTest)
+#include "ReadCommandsTest.moc"
