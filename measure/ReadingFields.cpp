@@ -59,16 +59,6 @@ QString Named(const char* const* names, std::size_t count, int code)
     return code >= 0 && std::size_t(code) < count ? QLatin1String(names[code]) : QStringLiteral("code %1").arg(code);
 }
 
-// The meter's 16 characters without the NUL or blank padding; bytes beyond ASCII are taken
-// as Latin-1, so that every byte stays visible.
-QString IdentificationText(const QByteArray& bytes)
-{
-    QString text = QString::fromLatin1(bytes);
-    while (!text.isEmpty() && (text.back() == QChar(0) || text.back() == QLatin1Char(' ')))
-        text.chop(1);
-    return text;
-}
-
 QString ClockText(const MeterReading::Clock& c)
 {
     return QStringLiteral("%1-%2-%3 %4:%5:%6")
@@ -119,6 +109,14 @@ QList<ReadingField> FieldsOf(const MeterReading& r)
         c.whole(prefix + QStringLiteral("max_intervals"), B::RealTimeImage, group.maxIntervals);
     }
     return c.take();
+}
+
+QString IdentificationText(const QByteArray& bytes)
+{
+    QString text = QString::fromLatin1(bytes);
+    while (!text.isEmpty() && (text.back() == QChar(0) || text.back() == QLatin1Char(' ')))
+        text.chop(1);
+    return text;
 }
 
 QString FieldText(const QJsonValue& value)

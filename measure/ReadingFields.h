@@ -22,3 +22,7 @@ QList<ReadingField> FieldsOf(const MeterReading& reading);
 // The value as a table or a CSV file shows it: numbers in their shortest form, texts as
 // they are, null as an empty text.
 QString FieldText(const QJsonValue& value);
+
+// The meter's 16 characters without their NUL or blank padding; bytes beyond ASCII are taken
+// as Latin-1, so that every byte stays visible.
+QString IdentificationText(const QByteArray& bytes);
