@@ -11,6 +11,21 @@ QStringList NumberTexts(int first, int last)
     return texts;
 }
 
+QStringList BaudRateTexts()
+{
+    return {QStringLiteral("9600"), QStringLiteral("19200")};
+}
+
+QStringList StopBitTexts()
+{
+    return {QStringLiteral("1"), QStringLiteral("2")};
+}
+
+QStringList AddressTexts()
+{
+    return NumberTexts(1, 247);
+}
+
 void AddEntries(QComboBox* list, const QStringList& entries)
 {
     const int selected = list->currentIndex();

@@ -7,6 +7,12 @@ class QComboBox;
 // Entries of the numeric choice lists are plain decimal numbers: "first" to "last".
 QStringList NumberTexts(int first, int last);
 
+// The entries of the lists shared by the PC's port and the meter's: baud rates, stop bits and
+// Modbus slave addresses, in list order.
+QStringList BaudRateTexts();
+QStringList StopBitTexts();
+QStringList AddressTexts();
+
 // Appends entries without selecting anything. Qt selects the first entry of an empty list by
 // itself, which would run the list's selection handler on a half-filled list, and several
 // handlers send or apply what is selected (the port, the line settings, the address). So the

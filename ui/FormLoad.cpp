@@ -2,6 +2,7 @@
 
 #include "connection/PortCatalog.h"
 #include "ui/ChoiceLists.h"
+#include "ui/PortListBinding.h"
 #include "connection/MeterSession.h"
 #include "ui/Legends.h"
 
@@ -10,8 +11,6 @@
 
 namespace {
 
-const QStringList kBaudRates{QStringLiteral("9600"), QStringLiteral("19200")};
-const QStringList kStopBits{QStringLiteral("1"), QStringLiteral("2")};
 const QStringList kGroups{QStringLiteral("1"), QStringLiteral("2")};
 const QStringList kLpIntervals{QStringLiteral("1"), QStringLiteral("5"), QStringLiteral("10"),
                                QStringLiteral("15"), QStringLiteral("30"), QStringLiteral("60")};
@@ -35,14 +34,6 @@ QStringList DisplayItemCodes()
     return NumberTexts(0, 10) + QStringList{QStringLiteral("12")} + NumberTexts(101, 140);
 }
 
-QStringList LabelsOf(const QList<PortEntry>& entries)
-{
-    QStringList labels;
-    for (const PortEntry& entry : entries)
-        labels.append(entry.label);
-    return labels;
-}
-
 } // namespace
 
 // The order matters: each selection runs its list's handler at once, so the PC
@@ -51,17 +42,16 @@ QStringList LabelsOf(const QList<PortEntry>& entries)
 void MainForm::Form_Load()
 {
     session().StopTimers();
-    FillAndSelect(Combo_Modbus_BaudRate, kBaudRates, 1);
-    PortEntries = PortCatalog::Scan();
-    FillAndSelect(Combo_CommPort, LabelsOf(PortEntries), kDefaultPortIndex);
+    FillAndSelect(Combo_Modbus_BaudRate, BaudRateTexts(), 1);
+    portList().Show(PortCatalog::Scan(), kDefaultPortIndex);
 
-    const QStringList addresses = NumberTexts(1, 247);
+    const QStringList addresses = AddressTexts();
     AddEntries(Combo_Modbus_add, addresses);
     AddEntries(Combo_Modbus_add_sel, addresses);
     Combo_Modbus_add->setCurrentIndex(kDefaultAddressIndex);
     Combo_Modbus_add_sel->setCurrentIndex(kDefaultAddressIndex);
 
-    FillAndSelect(Combo_BaudRate_Sel, kBaudRates, 1);
+    FillAndSelect(Combo_BaudRate_Sel, BaudRateTexts(), 1);
 
     // The irregular order of group 1's later channels is the meter's factory default.
     FillLpGroup(Combo_G1_Setting, 12, 8, {1, 2, 3, 4, 5, 7, 9, 11, 6, 8, 10, 12});
@@ -85,8 +75,8 @@ void MainForm::Form_Load()
     Text_Max_int_num(0)->setText(QStringLiteral("100"));
     Text_Max_int_num(1)->setText(QStringLiteral("100"));
 
-    FillAndSelect(Combo_SetStopBit, kStopBits, 0);
-    FillAndSelect(Combo_StopBit, kStopBits, 0);
+    FillAndSelect(Combo_SetStopBit, StopBitTexts(), 0);
+    FillAndSelect(Combo_StopBit, StopBitTexts(), 0);
 
     FillAndSelect(Combo_SetWiring, {QStringLiteral("Auto"), QStringLiteral("1P2W"), QStringLiteral("1P3W"),
                                     QStringLiteral("3P3W 2CT"), QStringLiteral("3P3W 3CT"), QStringLiteral("3P4W")}, 0);
@@ -95,7 +85,13 @@ void MainForm::Form_Load()
     ShowCrLfText(txtDisplayIndex, DisplayItemLegend());
 }
 
+bool MainForm::ChoosePort(const QString& option, QString* error)
+{
+    return portList().Choose(option, error);
+}
+
 void MainForm::ChooseSimulatedMeter()
 {
-    Combo_CommPort->setCurrentIndex(Combo_CommPort->count() - 1);
+    QString error;
+    ChoosePort(QStringLiteral("sim"), &error);
 }
