@@ -1,6 +1,7 @@
 // Renders each tab of the window to a PNG while on line to the simulated meter, the
 // load-profile tab during and after a download, the plot of the downloaded file and then the
-// trends of the session, so that the screen can be looked at without a display:
+// trends of the session, and the port list open before all that, so that the screen can be
+// looked at without a display:
 // qx5820-screenshots OUTPUT_DIR [SECONDS]
 // With --wiring-fault NAME it renders only the phasor tab, to phasors.png, the meter wired with
 // that fault to a balanced load at power factor 0.9 lagging.
@@ -11,11 +12,13 @@
 #include "ui/TrafficView.h"
 #include "ui/TrendView.h"
 
+#include <QAbstractItemView>
 #include <QApplication>
 #include <QComboBox>
 #include <QCommandLineParser>
 #include <QDir>
 #include <QLineEdit>
+#include <QPainter>
 #include <QPushButton>
 #include <QTemporaryDir>
 #include <QTabWidget>
@@ -24,6 +27,29 @@
 #include <cstdio>
 #include <optional>
 #include <utility>
+
+namespace {
+
+// The window with its port list open, before going on line locks the list. The open list is a
+// window of its own, drawn over the grab of the main one.
+bool SavePortList(MainForm& form, const QString& file)
+{
+    form.Combo_CommPort->showPopup();
+    QWidget* popup = form.Combo_CommPort->view()->window();
+    QPixmap shot = form.grab();
+    QPainter painter(&shot);
+    painter.drawPixmap(popup->mapToGlobal(QPoint()) - form.mapToGlobal(QPoint()), popup->grab());
+    painter.end();
+    form.Combo_CommPort->hidePopup();
+    if (!shot.save(file)) {
+        std::fprintf(stderr, "cannot write %s\n", qPrintable(file));
+        return false;
+    }
+    std::printf("%s\n", qPrintable(file));
+    return true;
+}
+
+} // namespace
 
 int main(int argc, char* argv[])
 {
@@ -55,6 +81,8 @@ int main(int argc, char* argv[])
     form.Form_Load();
     form.ChooseSimulatedMeter();
     form.show();
+    if (!SavePortList(form, out.filePath(QStringLiteral("ports.png"))))
+        return 1;
     form.On_Line->click();
     // A few settings written, so that the settings tab shows its history.
     form.Combo_CT_Ratio->setEditText(QStringLiteral("200"));

@@ -7,7 +7,8 @@
 
 // The entries of the port list. Entries "1" to "15" come first and keep their numbers (port n
 // is COMn on Windows, /dev/ttyS(n-1) elsewhere); after them come the serial ports found on the
-// machine (USB adapters and the like), and last the simulated meter. The port number of an
+// machine (USB adapters and the like), then the simulated meter, and last the ports named by
+// hand (a device path or a serial device server's "tcp://host:port"). The port number of an
 // entry is its list index + 1.
 struct PortEntry {
     QString label;    // text shown in the list
@@ -15,15 +16,33 @@ struct PortEntry {
     bool simulated = false;
 };
 
+// A serial port the system reports, with what it says about the adapter behind it.
+struct FoundPort {
+    QString device;        // "/dev/ttyUSB0", "COM4"
+    QString name;          // "ttyUSB0", "COM4"
+    QString description;   // "FT232R USB UART"; often empty for built-in ports
+    QString manufacturer;
+    QString serialNumber;
+};
+
 class PortCatalog {
 public:
     static constexpr int kNumberedPorts = 15;
 
-    // Numbered ports, then `found` (device paths, those already numbered are skipped), then the
-    // simulated meter.
-    static QList<PortEntry> Build(const QStringList& found);
+    // The serial ports this machine has now.
+    static QList<FoundPort> FoundPorts();
+
+    // Numbered ports, then `found` in device order (those already numbered are skipped), then
+    // the simulated meter.
+    static QList<PortEntry> Build(const QList<FoundPort>& found);
     // Build() with the serial ports this machine has now.
     static QList<PortEntry> Scan();
+    // `current` built again on `found`. The ports named by hand stay, and so does entry `chosen`
+    // when its device has gone (an adapter unplugged for a moment), so that refreshing the list
+    // never changes the operator's choice.
+    static QList<PortEntry> Refresh(const QList<PortEntry>& current, int chosen, const QList<FoundPort>& found);
+    // The index of the entry for the same device as `entry` (or the simulated meter); -1 if none.
+    static int IndexOf(const QList<PortEntry>& entries, const PortEntry& entry);
 
     static QString NumberedDevice(int number);
     static QString SimulatedLabel();

@@ -2,8 +2,6 @@
 
 namespace {
 
-const QStringList kBaudRates{QStringLiteral("9600"), QStringLiteral("19200")};
-const QStringList kStopBits{QStringLiteral("1"), QStringLiteral("2")};
 const QStringList kGroups{QStringLiteral("1"), QStringLiteral("2")};
 const QStringList kLpIntervals{QStringLiteral("1"), QStringLiteral("5"), QStringLiteral("10"),
                                QStringLiteral("15"), QStringLiteral("30"), QStringLiteral("60")};
@@ -25,10 +23,10 @@ void AddLpGroup(QList<StartUpList>& lists, const char* array, int maxChannels, i
 QList<StartUpList> Build()
 {
     QList<StartUpList> lists;
-    lists.append({QStringLiteral("Combo_Modbus_BaudRate"), kBaudRates, 1});
-    lists.append({QStringLiteral("Combo_Modbus_add"), NumberTexts(1, 247), kDefaultAddressIndex});
-    lists.append({QStringLiteral("Combo_Modbus_add_sel"), NumberTexts(1, 247), kDefaultAddressIndex});
-    lists.append({QStringLiteral("Combo_BaudRate_Sel"), kBaudRates, 1});
+    lists.append({QStringLiteral("Combo_Modbus_BaudRate"), BaudRateTexts(), 1});
+    lists.append({QStringLiteral("Combo_Modbus_add"), AddressTexts(), kDefaultAddressIndex});
+    lists.append({QStringLiteral("Combo_Modbus_add_sel"), AddressTexts(), kDefaultAddressIndex});
+    lists.append({QStringLiteral("Combo_BaudRate_Sel"), BaudRateTexts(), 1});
     // The irregular order of group 1's later channels is the meter's factory default.
     AddLpGroup(lists, "Combo_G1_Setting", 12, 8, {1, 2, 3, 4, 5, 7, 9, 11, 6, 8, 10, 12});
     AddLpGroup(lists, "Combo_G2_Setting", 8, 4, {6, 12, 13, 14, 1, 2, 3, 4});
@@ -42,8 +40,8 @@ QList<StartUpList> Build()
     lists.append({QStringLiteral("Combo_LP_Read_Group_Sel1"), kGroups, 0});
     lists.append({QStringLiteral("Combo_LP_Start_No"), {QStringLiteral("1")}, 0});
     lists.append({QStringLiteral("Combo_LP_Stop_No"), {QStringLiteral("1")}, 0});
-    lists.append({QStringLiteral("Combo_SetStopBit"), kStopBits, 0});
-    lists.append({QStringLiteral("Combo_StopBit"), kStopBits, 0});
+    lists.append({QStringLiteral("Combo_SetStopBit"), StopBitTexts(), 0});
+    lists.append({QStringLiteral("Combo_StopBit"), StopBitTexts(), 0});
     lists.append({QStringLiteral("Combo_SetWiring"), {QStringLiteral("Auto"), QStringLiteral("1P2W"), QStringLiteral("1P3W"),
                                                       QStringLiteral("3P3W 2CT"), QStringLiteral("3P3W 3CT"), QStringLiteral("3P4W")}, 0});
     return lists;
@@ -57,6 +55,21 @@ QStringList NumberTexts(int first, int last)
     for (int n = first; n <= last; ++n)
         texts.append(QString::number(n));
     return texts;
+}
+
+QStringList BaudRateTexts()
+{
+    return {QStringLiteral("9600"), QStringLiteral("19200")};
+}
+
+QStringList StopBitTexts()
+{
+    return {QStringLiteral("1"), QStringLiteral("2")};
+}
+
+QStringList AddressTexts()
+{
+    return NumberTexts(1, 247);
 }
 
 const QList<StartUpList>& StartUpLists()

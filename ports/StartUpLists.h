@@ -16,6 +16,12 @@ struct StartUpList {
 // Entries of the numeric lists are plain decimal numbers: "first" to "last".
 QStringList NumberTexts(int first, int last);
 
+// The entries of the lists shared by the PC's port and the meter's: baud rates, stop bits and
+// Modbus slave addresses, in list order.
+QStringList BaudRateTexts();
+QStringList StopBitTexts();
+QStringList AddressTexts();
+
 // Every list but the port list (whose entries depend on the machine), in the order the window
 // fills them: the line's baud-rate and stop-bit lists come before the addresses' and after
 // each other as the start-up selections expect.

@@ -1,5 +1,7 @@
 #include "ui/ControlFactory.h"
 
+#include "ui/PortComboBox.h"
+
 #include <QCheckBox>
 #include <QComboBox>
 #include <QFontDatabase>
@@ -14,6 +16,8 @@ namespace {
 
 // Room in a typed list for the longest value an operator types: "6250.5", "65535".
 constexpr int kTypedCharacters = 6;
+// Room in the port list for "tcp://192.168.10.20:4001" and "ttyUSB0 — FT232R USB UART".
+constexpr int kPortCharacters = 24;
 
 // The frame and the line edit's inner margins take about two more characters.
 int FieldWidth(const QWidget* field, int characters)
@@ -74,6 +78,16 @@ QComboBox* ChoiceList(const QString& name, const QString& accessibleName, Typing
         list->setCompleter(nullptr);
         list->setMinimumContentsLength(kTypedCharacters);
     }
+    return list;
+}
+
+PortComboBox* PortList(const QString& name, const QString& accessibleName)
+{
+    auto* list = Named(new PortComboBox, name, accessibleName);
+    // A found adapter's description or a network address can be long: the closed list keeps
+    // its width, the open one is as wide as its longest entry.
+    list->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    list->setMinimumContentsLength(kPortCharacters);
     return list;
 }
 

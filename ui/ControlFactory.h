@@ -3,6 +3,7 @@
 #include <QString>
 
 class QCheckBox;
+class PortComboBox;
 class QComboBox;
 class QLabel;
 class QLineEdit;
@@ -29,6 +30,8 @@ enum class Typing { PickOnly, Typed };
 // entry or completes it from the entries: the entries are part of the protocol (a list's
 // index is sent to the meter) and a completed "10" → "100" would change a ratio.
 QComboBox* ChoiceList(const QString& name, const QString& accessibleName, Typing typing = Typing::PickOnly);
+// The list of ports, which finds the ports again each time it opens.
+PortComboBox* PortList(const QString& name, const QString& accessibleName);
 
 QPushButton* Button(const QString& name, const QString& caption, const QString& accessibleName);
 // A button that talks to the meter: it starts disabled and is enabled when the tool goes on line.

@@ -23,6 +23,7 @@ FormBinding::FormBinding(MainForm& form)
       intervalLists(form.Combo_LP_Start_No, form.Combo_LP_Stop_No),
       session(SessionPorts{screen, screen, prompts, intervalLists, clock}),
       settingsTab(form, session.settings),
+      portList(form.Combo_CommPort, session, prompts, &form),
       m_form(form),
       // The real-time tab is the first.
       m_staleReadings(*form.tabs->widget(0), *form.lbl_LastGoodReading, session.freshness)
@@ -58,18 +59,14 @@ void FormBinding::ConnectLoadProfile()
 
 void FormBinding::ConnectConnectionControls()
 {
-    connect(m_form.Combo_CommPort, &QComboBox::currentIndexChanged, this,
-            [this](int index) { session.ChoosePort(index); });
     connect(m_form.Combo_BaudRate_Sel, &QComboBox::currentIndexChanged, this, &FormBinding::ChooseLine);
     connect(m_form.Combo_StopBit, &QComboBox::currentIndexChanged, this, &FormBinding::ChooseLine);
     connect(m_form.Combo_Modbus_add_sel, &QComboBox::currentIndexChanged, this, [this](int index) {
         if (index >= 0)
             session.ChooseAddress(m_form.Combo_Modbus_add_sel->currentText());
     });
-    connect(m_form.On_Line, &QPushButton::clicked, this, [this] {
-        session.SetPortEntries(m_form.PortEntries);
-        session.On_Line_Click(m_form.Combo_Modbus_add_sel->currentText());
-    });
+    connect(m_form.On_Line, &QPushButton::clicked, this,
+            [this] { session.On_Line_Click(m_form.Combo_Modbus_add_sel->currentText()); });
     connect(&session, &MeterSession::onLineChanged, this, &FormBinding::ShowOnLineState);
 }
 

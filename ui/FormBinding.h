@@ -4,6 +4,7 @@
 #include "ports/Clock.h"
 #include "ui/ComboIntervalLists.h"
 #include "ui/LeaveChecks.h"
+#include "ui/PortListBinding.h"
 #include "ui/SettingsTabBinding.h"
 #include "ui/StaleReadings.h"
 #include "ui/WidgetScreen.h"
@@ -26,6 +27,7 @@ public:
     SystemClock clock;
     MeterSession session;
     SettingsTabBinding settingsTab;
+    PortListBinding portList;
 
 private:
     void ConnectConnectionControls();

@@ -3,6 +3,7 @@
 #include "connection/PortCatalog.h"
 #include "ports/StartUpLists.h"
 #include "ui/ChoiceLists.h"
+#include "ui/PortListBinding.h"
 #include "connection/MeterSession.h"
 #include "ui/Legends.h"
 
@@ -13,14 +14,6 @@ namespace {
 
 constexpr int kDefaultPortIndex = 2;      // port 3
 
-QStringList LabelsOf(const QList<PortEntry>& entries)
-{
-    QStringList labels;
-    for (const PortEntry& entry : entries)
-        labels.append(entry.label);
-    return labels;
-}
-
 } // namespace
 
 // The order matters: each selection runs its list's handler at once, so the PC baud rate is
@@ -29,8 +22,7 @@ QStringList LabelsOf(const QList<PortEntry>& entries)
 void MainForm::Form_Load()
 {
     session().StopTimers();
-    PortEntries = PortCatalog::Scan();
-    FillAndSelect(Combo_CommPort, LabelsOf(PortEntries), kDefaultPortIndex);
+    portList().Show(PortCatalog::Scan(), kDefaultPortIndex);
     for (const StartUpList& list : StartUpLists())
         FillAndSelect(findChild<QComboBox*>(list.control), list.entries, list.index);
 
@@ -41,7 +33,13 @@ void MainForm::Form_Load()
     ShowCrLfText(txtDisplayIndex, DisplayItemLegend());
 }
 
+bool MainForm::ChoosePort(const QString& option, QString* error)
+{
+    return portList().Choose(option, error);
+}
+
 void MainForm::ChooseSimulatedMeter()
 {
-    Combo_CommPort->setCurrentIndex(Combo_CommPort->count() - 1);
+    QString error;
+    ChoosePort(QStringLiteral("sim"), &error);
 }

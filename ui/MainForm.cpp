@@ -75,6 +75,11 @@ MeterSession& MainForm::session()
     return m_binding->session;
 }
 
+PortListBinding& MainForm::portList()
+{
+    return m_binding->portList;
+}
+
 void MainForm::closeEvent(QCloseEvent* event)
 {
     m_binding->session.Form_Unload();
@@ -83,7 +88,7 @@ void MainForm::closeEvent(QCloseEvent* event)
 
 QWidget* MainForm::BuildConnectionFrame()
 {
-    Combo_CommPort = ChoiceList(QStringLiteral("Combo_CommPort"), QStringLiteral("Serial port of the PC"));
+    Combo_CommPort = PortList(QStringLiteral("Combo_CommPort"), QStringLiteral("Serial port of the PC"));
     Combo_BaudRate_Sel = ChoiceList(QStringLiteral("Combo_BaudRate_Sel"), QStringLiteral("Baud rate of the PC port"));
     Combo_StopBit = ChoiceList(QStringLiteral("Combo_StopBit"), QStringLiteral("Stop bits of the PC port"));
     Combo_Modbus_add_sel = ChoiceList(QStringLiteral("Combo_Modbus_add_sel"),

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "connection/PortCatalog.h"
 #include "settings/Setting.h"
 #include "ui/ControlArray.h"
+#include "ui/PortComboBox.h"
 
 #include <QMainWindow>
 #include <QMap>
@@ -11,6 +11,7 @@
 
 class FormBinding;
 class MeterSession;
+class PortListBinding;
 class QCheckBox;
 class QComboBox;
 class QLabel;
@@ -33,17 +34,21 @@ public:
     // Fills every choice list and selects its starting entry. A selection made here counts as
     // the operator's: handlers connected to currentIndexChanged beforehand run for it.
     void Form_Load();
+    // Chooses the port `option` names, as if the operator had picked it: "sim", a port number
+    // as the list counts them, a device path or "tcp://host:port" (the last two are added to
+    // the list when new). False, with the reason in `error`, when it names none.
+    bool ChoosePort(const QString& option, QString* error);
     // Chooses the simulated meter as the port, as if the operator had picked it.
     void ChooseSimulatedMeter();
 
     // The conversation with the meter that the window's controls are bound to.
     MeterSession& session();
+    // What keeps the port list and the connection's port entries in step.
+    PortListBinding& portList();
 
-    // The entries behind Combo_CommPort, in list order.
-    QList<PortEntry> PortEntries;
-
-    // Connection frame, above the tabs.
-    QComboBox* Combo_CommPort = nullptr;
+    // Connection frame, above the tabs. The port list holds the connection's port entries in
+    // their order, then "Network...".
+    PortComboBox* Combo_CommPort = nullptr;
     QComboBox* Combo_BaudRate_Sel = nullptr;
     QComboBox* Combo_StopBit = nullptr;
     QComboBox* Combo_Modbus_add_sel = nullptr;

@@ -16,7 +16,7 @@ private slots:
         m_pair = std::make_unique<PtyPair>();
         m_prompts = RecordingPrompts();
         m_connection = std::make_unique<Connection>(m_prompts);
-        m_connection->SetPortEntries(PortCatalog::Build({m_pair->second()}));
+        m_connection->SetPortEntries(PtyEntries());
         m_connection->SetSettings(QStringLiteral("19200,n,8,1"));
     }
     void cleanup()
@@ -99,7 +99,7 @@ private slots:
         QFETCH(QString, option);
         QFETCH(int, index);
         QFETCH(QString, appended);
-        QList<PortEntry> entries = PortCatalog::Build({m_pair->second()});
+        QList<PortEntry> entries = PtyEntries();
         const qsizetype before = entries.size();
         QString error;
         const std::optional<int> located = PortCatalog::Locate(entries, option, &error);
@@ -135,6 +135,13 @@ private slots:
     }
 
 private:
+    // The port list with the pty's second end as the one port found.
+    QList<PortEntry> PtyEntries() const
+    {
+        FoundPort pty;
+        pty.device = m_pair->second();
+        return PortCatalog::Build({pty});
+    }
     void useThePty()
     {
         if (!m_pair->error().isEmpty())

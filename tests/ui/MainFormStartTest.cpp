@@ -172,16 +172,19 @@ private slots:
         QCOMPARE(combo->currentText(), entries[index]);
     }
 
-    // Numbered ports keep their numbers; found ports and the simulated meter follow them.
+    // Numbered ports keep their numbers and say which device they open; found ports, the
+    // simulated meter and "Network..." follow them.
     void portListStartsAtPort3()
     {
         MainForm form;
         form.Form_Load();
-        QVERIFY(form.Combo_CommPort->count() >= 16);
+        const QComboBox* list = form.Combo_CommPort;
+        QVERIFY(list->count() >= 17);
         for (int n = 1; n <= 15; ++n)
-            QCOMPARE(form.Combo_CommPort->itemText(n - 1), QString::number(n));
-        QCOMPARE(form.Combo_CommPort->itemText(form.Combo_CommPort->count() - 1), QStringLiteral("Simulated meter"));
-        QCOMPARE(form.Combo_CommPort->currentIndex(), 2);
+            QCOMPARE(list->itemText(n - 1), QStringLiteral("%1 — /dev/ttyS%2").arg(n).arg(n - 1));
+        QCOMPARE(list->itemText(list->count() - 2), QStringLiteral("Simulated meter"));
+        QCOMPARE(list->itemText(list->count() - 1), QStringLiteral("Network..."));
+        QCOMPARE(list->currentIndex(), 2);
     }
 
     // A typed value stays as typed: not completed from the entries, not added as an entry.

@@ -1,0 +1,7 @@
+#include "ui/PortComboBox.h"
+
+void PortComboBox::showPopup()
+{
+    emit aboutToOpen();
+    QComboBox::showPopup();
+}
