@@ -29,12 +29,9 @@ Connection::Connection(OperatorPrompts& prompts, QObject* parent)
     Timer1Sec.setInterval(kPollIntervalMs);
     Timer1Sec.setTimerType(Qt::PreciseTimer);
     connect(&link, &RegisterLink::gaveUp, this, [this] { GoOffLine(RegisterLink::GiveUpText()); });
-    connect(&port, &Transport::lost, this, [this] {
-        // The system's words for this ("Inappropriate ioctl for device" and the like) tell
-        // an operator nothing; what happened is that the device went away.
-        const QString device = port.Device();
+    connect(&port, &Transport::lost, this, [this](const QString& reason) {
         // The waits end first, so that nothing stays blocked behind the message.
-        GoOffLine(PortErrorReason(device + QStringLiteral(": the port was closed or the adapter unplugged")));
+        GoOffLine(PortErrorReason(port.Device() + QStringLiteral(": ") + reason));
         m_prompts.Critical(QStringLiteral("Comm Port Error！"));
     });
 }
@@ -63,8 +60,14 @@ void Connection::On_Line_Click(const QString& addressText)
         return;
     }
     bOnLine.set(true);
+    const quint64 attempt = ++m_onLineAttempts;
     QString error;
-    if (!OpenPort(&error)) {
+    const bool opened = OpenPort(&error);
+    // Reaching a network address yields to the event loop: meanwhile the operator may have
+    // gone off line, or off and on line again. Whoever did so has taken over.
+    if (attempt != m_onLineAttempts || !bOnLine.isTrue())
+        return;
+    if (!opened) {
         PortError(error);
         return;
     }

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "connection/PortCatalog.h"
-#include "connection/SerialTransport.h"
+#include "connection/PortTransport.h"
 #include "link/RegisterLink.h"
 #include "link/WatchedFlag.h"
 
@@ -18,9 +18,10 @@ class OperatorPrompts;
 QString SettingsString(const QString& baudRate, const QString& stopBits);
 
 // The tool's one connection to the meter: the port, the on-line state and the poll timer.
-// Going on line opens the port with the chosen number and settings string, rebuilds the CRC
-// tables and starts `Timer1Sec`; going off line closes the port and stops it again. Its
-// owner follows through `onLineChanged`.
+// Going on line opens the port with the chosen number and settings string (a serial device,
+// or a device server at "tcp://host:port"), rebuilds the CRC tables and starts `Timer1Sec`;
+// going off line closes the port and stops it again. Its owner follows through
+// `onLineChanged`.
 class Connection : public QObject {
     Q_OBJECT
 public:
@@ -50,7 +51,8 @@ public:
     void ChooseAddress(const QString& addressText);
 
     // Toggles the connection. `addressText` is the text of the address list: an empty one is
-    // refused before anything else happens.
+    // refused before anything else happens. Reaching a network address yields to the event
+    // loop; a click meanwhile goes off line and abandons the attempt.
     void On_Line_Click(const QString& addressText);
     // Closes the port and takes the off-line state, for `reason` (empty when the operator
     // asked for it).
@@ -61,7 +63,7 @@ public:
     std::function<QString(QString* error)> simulatedMeterDevice;
 
     WatchedFlag bOnLine;
-    SerialTransport port;
+    PortTransport port;
     RegisterLink link;
     QTimer Timer1Sec;
 
@@ -81,4 +83,5 @@ private:
     QList<PortEntry> m_entries;
     int m_portNumber = 1;
     QString m_settings;
+    quint64 m_onLineAttempts = 0;
 };

@@ -41,7 +41,6 @@ std::chrono::nanoseconds SerialTransport::characterTime() const
 bool SerialTransport::open(const QString& device, const LineSettings& settings, QString* error)
 {
     close();
-    m_device = device;
     // Whatever the far end of a pseudo-terminal writes arrives at once, at any baud rate set
     // on it (the simulated meter without pacing, a libmodbus peer): there is no wire.
     m_pseudoTerminal = QFileInfo(device).canonicalFilePath().startsWith(QLatin1String("/dev/pts/"));
@@ -78,9 +77,11 @@ void SerialTransport::close()
 void SerialTransport::onError(QSerialPort::SerialPortError error)
 {
     // Errors while opening or configuring are reported by open() and apply(); what arrives
-    // here on an open port means the device itself failed.
+    // here on an open port means the device itself failed. The system's words for this
+    // ("Inappropriate ioctl for device" and the like) tell an operator nothing; what happened
+    // is that the device went away.
     const bool deviceFailed = error == QSerialPort::ResourceError || error == QSerialPort::ReadError
         || error == QSerialPort::WriteError;
     if (deviceFailed && m_port.isOpen())
-        emit lost(m_port.errorString());
+        emit lost(QStringLiteral("the port was closed or the adapter unplugged"));
 }

@@ -23,13 +23,10 @@ public:
     // Applies new line settings to the open port.
     bool apply(const LineSettings& settings, QString* error);
     void close();
-    // The device last opened, as given to open().
-    const QString& Device() const { return m_device; }
 
 private:
     void onError(QSerialPort::SerialPortError error);
 
     QSerialPort m_port;
-    QString m_device;
     bool m_pseudoTerminal = false;
 };

@@ -6,8 +6,8 @@
 
 #include <chrono>
 
-// What the register transactions need from a serial line, and no more. The serial port
-// implements it; tests hand in a scripted line. `dataArrived` only wakes a waiting
+// What the register transactions need from a serial line, and no more. The serial port and a
+// TCP connection to a device server implement it; tests hand in a scripted line. `dataArrived` only wakes a waiting
 // transaction, which then takes what came: it never delivers data by itself.
 class Transport : public QObject {
     Q_OBJECT
@@ -28,6 +28,7 @@ public:
 
 signals:
     void dataArrived();
-    // The device failed while open (unplugged adapter, closed pseudo-terminal).
+    // The device failed while open (unplugged adapter, closed pseudo-terminal, a connection
+    // the far end dropped); `reason` says so in words for the operator.
     void lost(const QString& reason);
 };

@@ -1,15 +1,19 @@
 #include "sim/PacedWriter.h"
 
+#include <sys/socket.h>
 #include <unistd.h>
 
 namespace sim {
 namespace {
 
 // A line that nobody reads fills up; like bytes sent down a cable with no far end, what
-// does not fit is lost.
-void putOnLine(int fd, const QByteArray& bytes)
+// does not fit is lost. A network client that has left takes the rest with it, and must not
+// end the process with SIGPIPE.
+void putOnLine(int fd, bool socket, const QByteArray& bytes)
 {
-    [[maybe_unused]] const ssize_t taken = ::write(fd, bytes.constData(), size_t(bytes.size()));
+    [[maybe_unused]] const ssize_t taken = socket
+        ? ::send(fd, bytes.constData(), size_t(bytes.size()), MSG_NOSIGNAL)
+        : ::write(fd, bytes.constData(), size_t(bytes.size()));
 }
 
 } // namespace
@@ -34,6 +38,12 @@ void PacedWriter::send(SteadyTime start, const QList<WireSegment>& segments, std
     writeDue();
 }
 
+void PacedWriter::cancel()
+{
+    m_timer.stop();
+    m_queue.clear();
+}
+
 void PacedWriter::writeDue()
 {
     const SteadyTime now = SteadyClock::now();
@@ -47,7 +57,7 @@ void PacedWriter::writeDue()
     if (m_queue.empty() && !chunk.isEmpty())
         emit finished(now);
     if (!chunk.isEmpty())
-        putOnLine(m_fd, chunk);
+        putOnLine(m_fd, m_socket, chunk);
     if (!m_queue.empty())
         m_timer.start(std::chrono::ceil<std::chrono::milliseconds>(m_queue.front().due - now));
 }

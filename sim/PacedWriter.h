@@ -26,7 +26,14 @@ class PacedWriter : public QObject {
 public:
     explicit PacedWriter(QObject* parent = nullptr);
 
-    void setDescriptor(int fd) { m_fd = fd; }
+    // The descriptor to write to; `socket` when it is a network client's.
+    void setLine(int fd, bool socket)
+    {
+        m_fd = fd;
+        m_socket = socket;
+    }
+    // Drops what is still to be sent: the line it was meant for has gone.
+    void cancel();
 
     // Sends the segments in turn: the first begins `pauseBefore` after `start`, each later
     // one `pauseBefore` after the previous one's last byte.
@@ -44,6 +51,7 @@ private:
     void writeDue();
 
     int m_fd = -1;
+    bool m_socket = false;
     std::deque<DueByte> m_queue;
     QTimer m_timer;
 };

@@ -3,6 +3,8 @@
 #include "sim/ModbusResponder.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <fcntl.h>
 #include <tuple>
 #include <unistd.h>
 
@@ -22,15 +24,94 @@ SimulatedMeter::SimulatedMeter(MeterSharedState& shared, QObject* parent)
     connect(&m_writer, &PacedWriter::finished, this, &SimulatedMeter::replyFinished);
 }
 
-bool SimulatedMeter::open()
+SimulatedMeter::~SimulatedMeter()
 {
     m_notifier.reset();
-    if (!m_pty.open())
+    if (m_client >= 0)
+        ::close(m_client);
+    for (int fd : std::as_const(m_waiting))
+        ::close(fd);
+}
+
+bool SimulatedMeter::open()
+{
+    if (!m_pty.open()) {
+        m_error = m_pty.errorString();
         return false;
-    m_writer.setDescriptor(m_pty.masterFd());
-    m_notifier = std::make_unique<QSocketNotifier>(m_pty.masterFd(), QSocketNotifier::Read);
-    connect(m_notifier.get(), &QSocketNotifier::activated, this, &SimulatedMeter::receive);
+    }
+    serve(m_pty.masterFd(), false);
     return true;
+}
+
+bool SimulatedMeter::listen(quint16 port)
+{
+    m_listener = std::make_unique<ClientListener>();
+    connect(m_listener.get(), &ClientListener::clientArrived, this, &SimulatedMeter::takeClient);
+    if (m_listener->listen(QHostAddress::LocalHost, port))
+        return true;
+    m_error = m_listener->errorString();
+    m_listener.reset();
+    return false;
+}
+
+QString SimulatedMeter::address() const
+{
+    if (m_listener)
+        return QStringLiteral("tcp://127.0.0.1:%1").arg(m_listener->serverPort());
+    return m_pty.slavePath();
+}
+
+void SimulatedMeter::serve(int fd, bool socket)
+{
+    m_fd = fd;
+    m_writer.setLine(fd, socket);
+    m_notifier = std::make_unique<QSocketNotifier>(fd, QSocketNotifier::Read);
+    connect(m_notifier.get(), &QSocketNotifier::activated, this, &SimulatedMeter::receive);
+}
+
+void SimulatedMeter::takeClient(int fd)
+{
+    // Like a device server with one serial line, the meter serves one client at a time; the
+    // others wait their turn, connected, in the order they came.
+    m_listener->pauseAccepting();
+    m_waiting.append(fd);
+    if (m_client < 0)
+        serveNextClient();
+}
+
+void SimulatedMeter::serveNextClient()
+{
+    if (m_waiting.isEmpty()) {
+        m_listener->resumeAccepting();
+        return;
+    }
+    m_client = m_waiting.takeFirst();
+    // Read like the pseudo-terminal: until nothing more is there, never blocking.
+    ::fcntl(m_client, F_SETFL, ::fcntl(m_client, F_GETFL) | O_NONBLOCK);
+    serve(m_client, true);
+}
+
+void SimulatedMeter::dropClient()
+{
+    // Called from the notifier's own signal: it is deleted once that has returned.
+    m_notifier->setEnabled(false);
+    QSocketNotifier* notifier = m_notifier.release();
+    notifier->setParent(this);
+    notifier->deleteLater();
+    ::close(m_client);
+    m_client = m_fd = -1;
+    m_frameGap.stop();
+    m_writer.cancel();
+    m_assembler = RequestAssembler();
+    m_answering.reset();
+    serveNextClient();
+}
+
+bool SimulatedMeter::paced() const
+{
+    // A network client's bytes cross a device server whose serial side is not modelled:
+    // there is neither a line speed to check nor a wire time to keep.
+    return m_shared.pacing && !m_listener;
 }
 
 void SimulatedMeter::receive()
@@ -38,11 +119,18 @@ void SimulatedMeter::receive()
     const SteadyTime now = SteadyClock::now();
     QByteArray bytes;
     char buffer[512];
-    for (ssize_t n; (n = ::read(m_pty.masterFd(), buffer, sizeof buffer)) > 0;)
+    ssize_t n;
+    while ((n = ::read(m_fd, buffer, sizeof buffer)) > 0)
         bytes.append(buffer, n);
+    // A client that left reads as the end of its stream, or as a reset. The pseudo-terminal
+    // never ends: the meter keeps its slave side open.
+    if (m_client >= 0 && (n == 0 || (errno != EAGAIN && errno != EWOULDBLOCK))) {
+        dropClient();
+        return;
+    }
     if (bytes.isEmpty())
         return;
-    m_line = m_shared.pacing ? SerialLineState::read(m_pty.masterFd()) : SerialLineState{};
+    m_line = paced() ? SerialLineState::read(m_fd) : SerialLineState{};
     for (const ReceivedFrame& frame : m_assembler.append(bytes, now))
         handle(frame);
     m_frameGap.start(std::chrono::ceil<std::chrono::milliseconds>(m_line.frameGap()));
@@ -61,7 +149,7 @@ void SimulatedMeter::handle(const ReceivedFrame& frame)
     });
     // At another speed the meter's receiver sees only garbage, and with other stop bits its
     // UART reports framing errors: either way the request is dropped unread.
-    if (m_shared.pacing && (m_line.baud != baud || m_line.stopBits != stopBits))
+    if (paced() && (m_line.baud != baud || m_line.stopBits != stopBits))
         return;
     const quint64 sequence = m_shared.log.append(frame.bytes, frame.firstByteAt);
     const auto address = static_cast<quint8>(frame.bytes.at(0));

@@ -1,11 +1,13 @@
 #pragma once
 
+#include "sim/ClientListener.h"
 #include "sim/MeterSharedState.h"
 #include "sim/PacedWriter.h"
 #include "sim/PseudoTerminal.h"
 #include "sim/RequestAssembler.h"
 #include "sim/SerialLineState.h"
 
+#include <QList>
 #include <QObject>
 #include <QSocketNotifier>
 #include <QTimer>
@@ -15,20 +17,31 @@
 
 namespace sim {
 
-// The QX-5820 as a Modbus RTU slave on a pseudo-terminal. Lives on the thread whose event
-// loop serves it (see SimulatedMeterHost): it reads requests as they arrive, answers from
-// the shared register model and paces its replies like a real line.
+// The QX-5820 as a Modbus RTU slave on a pseudo-terminal, or behind a device server on a TCP
+// port. Lives on the thread whose event loop serves it (see SimulatedMeterHost): it reads
+// requests as they arrive, answers from the shared register model and, on the
+// pseudo-terminal, paces its replies like a real line.
 class SimulatedMeter : public QObject {
     Q_OBJECT
 public:
     explicit SimulatedMeter(MeterSharedState& shared, QObject* parent = nullptr);
+    ~SimulatedMeter() override;
 
     // Opens a new pseudo-terminal and starts listening on it; false with errorString().
     bool open();
-    QString slavePath() const { return m_pty.slavePath(); }
-    QString errorString() const { return m_pty.errorString(); }
+    // Listens on TCP port `port` of 127.0.0.1 (0: any free port) and serves one client at a
+    // time, the next once the current one has left; false with errorString().
+    bool listen(quint16 port);
+    // What a client opens: the pseudo-terminal's device path or "tcp://127.0.0.1:<port>".
+    QString address() const;
+    QString errorString() const { return m_error; }
 
 private:
+    void serve(int fd, bool socket);
+    void takeClient(int fd);
+    void serveNextClient();
+    void dropClient();
+    bool paced() const;
     void receive();
     void frameGapElapsed();
     void handle(const ReceivedFrame& frame);
@@ -37,12 +50,17 @@ private:
 
     MeterSharedState& m_shared;
     PseudoTerminal m_pty;
+    std::unique_ptr<ClientListener> m_listener;
+    int m_client = -1; // the network client's descriptor while one is served
+    QList<int> m_waiting; // clients connected meanwhile, to be served next
+    int m_fd = -1;     // the descriptor served: the pseudo-terminal's master side or the client
     std::unique_ptr<QSocketNotifier> m_notifier; // after m_pty: released before the descriptor closes
     RequestAssembler m_assembler;
     SerialLineState m_line;
     QTimer m_frameGap;
     PacedWriter m_writer;
     std::optional<quint64> m_answering; // log sequence of the request whose reply is under way
+    QString m_error;
 };
 
 } // namespace sim

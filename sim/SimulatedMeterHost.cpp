@@ -2,6 +2,8 @@
 
 #include "sim/SimulatedMeter.h"
 
+#include <QUrl>
+
 namespace sim {
 
 SimulatedMeterHost::SimulatedMeterHost(MeterModel meter) : m_shared(std::move(meter))
@@ -18,13 +20,29 @@ SimulatedMeterHost::Started SimulatedMeterHost::start()
 {
     if (m_meter)
         return {m_path, {}};
+    m_tcpPort.reset();
+    return run([](SimulatedMeter& meter) { return meter.open(); });
+}
+
+SimulatedMeterHost::Started SimulatedMeterHost::listen(quint16 port)
+{
+    if (m_meter)
+        return {m_path, {}};
+    const Started started = run([port](SimulatedMeter& meter) { return meter.listen(port); });
+    if (!started.path.isEmpty())
+        m_tcpPort = quint16(QUrl(started.path).port());
+    return started;
+}
+
+SimulatedMeterHost::Started SimulatedMeterHost::run(const std::function<bool(SimulatedMeter&)>& open)
+{
     m_meter = new SimulatedMeter(m_shared);
     m_meter->moveToThread(&m_thread);
     m_thread.start();
     Started started;
     QMetaObject::invokeMethod(m_meter, [&] {
-        if (m_meter->open())
-            started.path = m_meter->slavePath();
+        if (open(*m_meter))
+            started.path = m_meter->address();
         else
             started.error = m_meter->errorString();
     }, Qt::BlockingQueuedConnection);
@@ -37,7 +55,7 @@ SimulatedMeterHost::Started SimulatedMeterHost::start()
 std::function<QString(QString* error)> SimulatedMeterHost::deviceSource()
 {
     return [this](QString* error) {
-        const Started started = start();
+        const Started started = m_tcpPort ? listen(*m_tcpPort) : start();
         *error = started.error;
         return started.path;
     };

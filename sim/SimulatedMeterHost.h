@@ -6,6 +6,7 @@
 #include <QThread>
 
 #include <functional>
+#include <optional>
 
 #include <utility>
 
@@ -25,14 +26,22 @@ public:
     SimulatedMeterHost& operator=(const SimulatedMeterHost&) = delete;
 
     struct Started {
-        QString path;  // the serial device to open, e.g. /dev/pts/5; empty on failure
+        // What a client opens: a serial device (/dev/pts/5) or "tcp://127.0.0.1:<port>";
+        // empty on failure.
+        QString path;
         QString error;
     };
     // Starts answering on a new pseudo-terminal (a second call while running changes
     // nothing and gives the same path). The register model keeps its state across restarts.
     Started start();
-    // start() in the form a connection asks for its device in: the path, or an empty string
-    // with the reason in `error`. The host must outlive the connection that calls it.
+    // Starts answering on TCP port `port` of 127.0.0.1 (0: any free port), as a device
+    // server would, to one client at a time and without line pacing. A second call while
+    // running changes nothing and gives the same address.
+    Started listen(quint16 port = 0);
+    // The meter started as it last ran, on a new pseudo-terminal or on the TCP port it
+    // listened on, in the form a connection asks for its device in: the path or address, or
+    // an empty string with the reason in `error`. The host must outlive the connection that
+    // calls it.
     std::function<QString(QString* error)> deviceSource();
     void stop();
     bool isRunning() const { return m_meter != nullptr; }
@@ -60,10 +69,14 @@ public:
     void setInput(quint16 reg, quint16 value) { withModel([&](MeterModel& m) { m.setInput(reg, value); }); }
 
 private:
+    // Starts the meter on its thread, opened by `open` there.
+    Started run(const std::function<bool(SimulatedMeter&)>& open);
+
     MeterSharedState m_shared;
     QThread m_thread;
     SimulatedMeter* m_meter = nullptr;
     QString m_path;
+    std::optional<quint16> m_tcpPort; // the port listened on, once listen() has been used
 };
 
 } // namespace sim

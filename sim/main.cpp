@@ -1,5 +1,6 @@
-// qx5820-sim: a simulated QX-5820 meter on a pseudo-terminal. Prints the device to open as
-// its first line, then answers Modbus RTU requests until SIGINT or SIGTERM.
+// qx5820-sim: a simulated QX-5820 meter on a pseudo-terminal, or behind a simulated device
+// server on a TCP port. Prints the device or address to open as its first line, then answers
+// Modbus RTU requests until SIGINT or SIGTERM.
 
 #include "sim/MeterRegisters.h"
 #include "sim/SimulatedMeterHost.h"
@@ -23,6 +24,7 @@ struct Options {
     std::optional<int> history; // intervals each load-profile group holds at power-on
     std::optional<sim::LoadCharacter> load; // a balanced load instead of the seed's own
     sim::WiringFault wiring;
+    std::optional<quint16> tcpPort; // listen on this TCP port instead of a pseudo-terminal
 };
 
 // The options, or the reason they cannot be used.
@@ -30,8 +32,9 @@ std::optional<Options> parse(const QCoreApplication& app, QString& error)
 {
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral(
-        "Simulated QX-5820 three-phase meter: a Modbus RTU slave on a pseudo-terminal.\n"
-        "Prints the device path on its first line and runs until interrupted."));
+        "Simulated QX-5820 three-phase meter: a Modbus RTU slave on a pseudo-terminal, or on a TCP port\n"
+        "as behind a device server. Prints the device path or tcp://127.0.0.1:PORT on its first line\n"
+        "and runs until interrupted."));
     parser.addHelpOption();
     const QCommandLineOption address(QStringLiteral("address"), QStringLiteral("Slave address (1-247)."), QStringLiteral("N"), QStringLiteral("15"));
     const QCommandLineOption seed(QStringLiteral("seed"), QStringLiteral("Seed of the simulated load."), QStringLiteral("N"), QStringLiteral("1"));
@@ -46,7 +49,10 @@ std::optional<Options> parse(const QCoreApplication& app, QString& error)
     const QCommandLineOption powerFactor(QStringLiteral("power-factor"),
         QStringLiteral("A balanced load at this power factor (0 to 1, lagging) instead of the seed's own."), QStringLiteral("PF"));
     const QCommandLineOption leading(QStringLiteral("leading"), QStringLiteral("The balanced load's power factor is leading (capacitive)."));
-    parser.addOptions({address, seed, noPacing, turnaround, history, wiringFault, powerFactor, leading});
+    const QCommandLineOption tcp(QStringLiteral("tcp"),
+        QStringLiteral("Listen on TCP port PORT of 127.0.0.1 (0: any free port) instead of a pseudo-terminal, "
+                       "serving one client at a time. Replies there are not paced."), QStringLiteral("PORT"));
+    parser.addOptions({address, seed, noPacing, turnaround, history, wiringFault, powerFactor, leading, tcp});
     parser.process(app);
 
     Options options;
@@ -82,6 +88,14 @@ std::optional<Options> parse(const QCoreApplication& app, QString& error)
         return std::nullopt;
     }
     options.wiring = *fault;
+    if (parser.isSet(tcp)) {
+        const uint port = parser.value(tcp).toUInt(&ok);
+        if (!ok || port > 0xFFFF) {
+            error = QStringLiteral("--tcp must be a port number 0 to 65535");
+            return std::nullopt;
+        }
+        options.tcpPort = quint16(port);
+    }
     if (parser.isSet(powerFactor)) {
         const double pf = parser.value(powerFactor).toDouble(&ok);
         if (!ok || pf < 0 || pf > 1) {
@@ -124,9 +138,12 @@ int main(int argc, char* argv[])
     host.setHolding(sim::Reg::kSlaveAddress, options->address);
     host.setPacing(options->pacing);
     host.setTurnaround(options->turnaroundMs);
-    const sim::SimulatedMeterHost::Started started = host.start();
+    const sim::SimulatedMeterHost::Started started = options->tcpPort ? host.listen(*options->tcpPort) : host.start();
     if (started.path.isEmpty()) {
-        err << "cannot open a pseudo-terminal: " << started.error << Qt::endl;
+        if (options->tcpPort)
+            err << "cannot listen on TCP port " << *options->tcpPort << ": " << started.error << Qt::endl;
+        else
+            err << "cannot open a pseudo-terminal: " << started.error << Qt::endl;
         return 1;
     }
     QTextStream(stdout) << started.path << Qt::endl;

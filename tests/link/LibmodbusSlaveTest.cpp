@@ -1,9 +1,10 @@
 // Our master against a slave built on libmodbus: the two implementations were written apart,
 // so agreeing on the wire means the frames, CRC and reply handling are right, not merely
-// consistent with our own simulator.
+// consistent with our own simulator. The slave is reached on its serial line, or through that
+// line put on the network by socat as a device server does.
 #include "PtyPair.h"
 #include "connection/LineSettings.h"
-#include "connection/SerialTransport.h"
+#include "connection/PortTransport.h"
 #include "link/RegisterLink.h"
 #include "link/RtuFrames.h"
 #include "link/WatchedFlag.h"
@@ -60,17 +61,26 @@ struct LibmodbusSlave {
 
 } // namespace
 
+Q_DECLARE_METATYPE(PtyPair::Second)
+
 class LibmodbusSlaveTest : public QObject {
     Q_OBJECT
 private slots:
+    void writesAndReadsOfBothFunctions_data()
+    {
+        QTest::addColumn<PtyPair::Second>("reached");
+        QTest::newRow("serial line") << PtyPair::Second::PseudoTerminal;
+        QTest::newRow("network") << PtyPair::Second::TcpPort;
+    }
     void writesAndReadsOfBothFunctions()
     {
-        PtyPair pair;
+        QFETCH(PtyPair::Second, reached);
+        PtyPair pair(reached);
         if (!pair.error().isEmpty())
             QSKIP(qPrintable(pair.error()));
         LibmodbusSlave slave(pair.first());
         QVERIFY(slave.thread.joinable());
-        SerialTransport port;
+        PortTransport port;
         QString error;
         QVERIFY2(port.open(pair.second(), *LineSettings::Parse(QStringLiteral("19200,n,8,1")), &error), qPrintable(error));
         WatchedFlag onLine;

@@ -33,18 +33,12 @@ QList<QByteArray> Lines(const QString& path)
 
 } // namespace
 
+Q_DECLARE_METATYPE(Via)
+
 class LpDownloadTest : public QObject {
     Q_OBJECT
 private slots:
-    void init()
-    {
-        m_on = std::make_unique<SessionOnLine>();
-        QVERIFY(m_on->begin());
-        QVERIFY(m_folder.isValid());
-        download().programFolder = m_folder.path();
-        download().documentsFolder = QString();
-        tick(); // the identification and the groups' configuration
-    }
+    void init() { QVERIFY(begin(Via::PseudoTerminal)); }
     void cleanup()
     {
         m_on.reset();
@@ -194,17 +188,24 @@ private slots:
         QCOMPARE(rows(), expectedRows(1, 12));
     }
 
-    // Downloads broken by a meter that stops answering properly or a port that vanishes, each
-    // continued with "Yes" once on line again, until the file holds the whole range once.
+    // Downloads broken by a meter that stops answering properly or a port that vanishes (a
+    // serial line, or a network connection the device server drops), each continued with
+    // "Yes" once on line again, until the file holds the whole range once.
     void brokenDownloadsContinuedLoseNothing_data()
     {
         QTest::addColumn<quint32>("seed");
+        QTest::addColumn<Via>("via");
         for (quint32 seed : {1u, 2u, 3u, 4u})
-            QTest::addRow("seed %u", seed) << seed;
+            QTest::addRow("seed %u", seed) << seed << Via::PseudoTerminal;
+        for (quint32 seed : {3u, 5u})
+            QTest::addRow("seed %u, network", seed) << seed << Via::Network;
     }
     void brokenDownloadsContinuedLoseNothing()
     {
         QFETCH(quint32, seed);
+        QFETCH(Via, via);
+        if (via == Via::Network)
+            QVERIFY(begin(via));
         QRandomGenerator random(seed);
         RegisterLink& link = session().connection.link;
         link.bShowFrames = kTrue;
@@ -239,6 +240,16 @@ private slots:
     }
 
 private:
+    bool begin(Via via)
+    {
+        m_on = std::make_unique<SessionOnLine>();
+        if (!m_on->begin(false, via) || !m_folder.isValid())
+            return false;
+        download().programFolder = m_folder.path();
+        download().documentsFolder = QString();
+        tick(); // the identification and the groups' configuration
+        return true;
+    }
     MeterSession& session() { return *m_on->session; }
     LpDownload& download() { return m_on->session->download; }
     void tick() { session().poll.Timer1Sec_Timer(); }

@@ -9,17 +9,25 @@
 
 #include <memory>
 
-// A simulated meter whose clock stands still, so that what it answers can be predicted.
-inline std::unique_ptr<sim::SimulatedMeterHost> FrozenMeter(bool pacing)
+// How the tool reaches the simulated meter: on its pseudo-terminal, or over TCP as through a
+// device server.
+enum class Via { PseudoTerminal, Network };
+
+// A simulated meter whose clock stands still, so that what it answers can be predicted. On the
+// network it already listens, on a free port; nothing when it cannot.
+inline std::unique_ptr<sim::SimulatedMeterHost> FrozenMeter(bool pacing, Via via = Via::PseudoTerminal)
 {
     auto meter = std::make_unique<sim::SimulatedMeterHost>(sim::MeterModel(
         7, QDateTime(QDate(2026, 11, 15), QTime(23, 59, 7), Qt::UTC), sim::SimClock::Mode::Frozen));
     meter->setPacing(pacing);
+    if (via == Via::Network && meter->listen().path.isEmpty())
+        return nullptr;
     return meter;
 }
 
-// Takes `connection` on line to `meter` through its pseudo-terminal, the way the tool reaches
-// it: address 15, 19200 8N1. The poll timer is stopped: tests run the ticks themselves.
+// Takes `connection` on line to `meter` through the port list's simulated meter, the way the
+// tool reaches it: address 15, 19200 8N1. The poll timer is stopped: tests run the ticks
+// themselves.
 inline bool GoOnLineTo(sim::SimulatedMeterHost& meter, Connection& connection)
 {
     connection.SetPortEntries(PortCatalog::Build({}));
@@ -51,12 +59,12 @@ struct MeterOnLine {
 // A whole meter session on line to a simulated meter, presented on a map of texts: what a
 // command-line front end would run.
 struct SessionOnLine {
-    bool begin(bool pacing = false)
+    bool begin(bool pacing = false, Via via = Via::PseudoTerminal)
     {
         screen.SetText(QStringLiteral("Combo_LP_Read_Group_Sel"), QStringLiteral("1"));
-        meter = FrozenMeter(pacing);
+        meter = FrozenMeter(pacing, via);
         session = std::make_unique<MeterSession>(SessionPorts{screen, screen, prompts, lists, clock});
-        return GoOnLineTo(*meter, session->connection);
+        return meter && GoOnLineTo(*meter, session->connection);
     }
 
     TextScreen screen;
