@@ -3,7 +3,6 @@
 #include "connection/Connection.h"
 #include "connection/PollCycle.h"
 #include "connection/TextNumbers.h"
-#include "link/RtuFrames.h"
 #include "ports/Clock.h"
 #include "ports/OperatorChoices.h"
 #include "ports/OperatorPrompts.h"
@@ -53,15 +52,6 @@ void PauseBeforePtRatio2()
 {
     for (volatile int pass = 0; pass <= 60000;)
         pass = pass + 2;
-}
-
-QString FailureText(TransactionOutcome outcome, quint8 exception)
-{
-    if (outcome == TransactionOutcome::Abandoned)
-        return QStringLiteral("no reply: the line went away");
-    if (exception != 0)
-        return QStringLiteral("refused: exception %1 (%2)").arg(exception).arg(Rtu::ExceptionName(exception));
-    return QStringLiteral("no reply");
 }
 
 } // namespace
@@ -219,7 +209,7 @@ void MeterSettings::Send(Setting setting, const RegisterWrite& write)
     if (outcome == TransactionOutcome::Good)
         history.Written(at, std::move(change));
     else
-        history.Ended(at, change, FailureText(outcome, link.LastException));
+        history.Ended(at, change, SettingsHistory::FailureText(outcome, link.LastException));
 }
 
 // Above the listed addresses the new one is appended, even if the list holds it already;

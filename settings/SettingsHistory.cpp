@@ -1,10 +1,15 @@
 #include "settings/SettingsHistory.h"
 
-namespace {
+#include "link/RtuFrames.h"
 
-const QString kWaiting = QStringLiteral("waiting for the meter");
-
-} // namespace
+QString SettingsHistory::FailureText(TransactionOutcome outcome, quint8 exception)
+{
+    if (outcome == TransactionOutcome::Abandoned)
+        return QStringLiteral("no reply: the line went away");
+    if (exception != 0)
+        return QStringLiteral("refused: exception %1 (%2)").arg(exception).arg(Rtu::ExceptionName(exception));
+    return QStringLiteral("no reply");
+}
 
 void SettingsHistory::Written(const QDateTime& at, SettingChange change)
 {
@@ -23,7 +28,7 @@ void SettingsHistory::Observe(const MeterReading& reading)
         Awaited& awaited = m_awaited[i];
         ++awaited.ticks;
         if (awaited.shownBy(reading))
-            Settle(awaited.entry, QStringLiteral("confirmed"));
+            Settle(awaited.entry, kConfirmed);
         else if (awaited.ticks >= kConfirmTicks)
             Settle(awaited.entry, QStringLiteral("not confirmed within %1 ticks").arg(kConfirmTicks));
         else

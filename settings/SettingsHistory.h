@@ -1,5 +1,6 @@
 #pragma once
 
+#include "link/RegisterLink.h"
 #include "settings/Setting.h"
 
 #include <QDateTime>
@@ -37,6 +38,12 @@ public:
     static constexpr int kConfirmTicks = 3;
     // The oldest entries go beyond this many.
     static constexpr int kKept = 200;
+    // The outcome of a write while readings are searched for its value, and once one shows it.
+    static inline const QString kWaiting = QStringLiteral("waiting for the meter");
+    static inline const QString kConfirmed = QStringLiteral("confirmed");
+    // The outcome of a write that ended without acknowledgement: "refused: exception 3 (...)"
+    // when the meter answered with an exception, else "no reply".
+    static QString FailureText(TransactionOutcome outcome, quint8 exception);
 
     // A write the meter acknowledged: waits for the new value to show.
     void Written(const QDateTime& at, SettingChange change);

@@ -22,6 +22,8 @@ bool ConsolePrompts::Confirm(const QString& caption, const QString& question)
 ConsoleSession::ConsoleSession(const LineOptions& line)
     : m_line(line), m_termination(std::make_unique<sim::TerminationSignals>())
 {
+    // The lists as a run starts, ready for a command's choices before it goes on line.
+    screen.FillStartUpLists();
     m_session = std::make_unique<MeterSession>(SessionPorts{screen, screen, prompts, m_lists, m_clock});
     QObject::connect(m_termination.get(), &sim::TerminationSignals::received, [this] {
         m_interrupted = true;
@@ -40,7 +42,6 @@ ConsoleSession::~ConsoleSession()
 
 int ConsoleSession::GoOnLine()
 {
-    screen.FillStartUpLists();
     QList<PortEntry> entries = PortCatalog::Scan();
     QString error;
     const std::optional<int> port = PortCatalog::Locate(entries, m_line.port, &error);

@@ -73,6 +73,7 @@ public:
     QString OffLineReason() const;
 
     MeterSession& session() { return *m_session; }
+    // Holds the start-up lists from the start: a command makes its choices before going on line.
     TextScreen screen;
     ConsolePrompts prompts;
 

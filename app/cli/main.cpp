@@ -20,6 +20,7 @@ struct Command {
 const Command kCommands[] = {
     {"read", "read every measurement and setting once (--format table|json|csv)", RunRead},
     {"watch", "poll continuously, one CSV or JSON line a tick (--count, --output)", RunWatch},
+    {"set", "write one setting and confirm it from the readings (set --help lists them)", RunSet},
 };
 
 QString Overview()
