@@ -1,6 +1,7 @@
 #include "app/cli/CommandLine.h"
 
 #include "app/cli/ExitCodes.h"
+#include "ports/StartUpLists.h"
 
 #include <QTextStream>
 
@@ -64,12 +65,12 @@ std::optional<LineOptions> CommandLine::Line() const
         return std::nullopt;
     }
     line.baudRate = m_parser.value(kBaud);
-    if (line.baudRate != QLatin1String("9600") && line.baudRate != QLatin1String("19200")) {
+    if (!BaudRateTexts().contains(line.baudRate)) {
         Fail(kExitBadArguments, QStringLiteral("--baud must be 9600 or 19200, not \"%1\"").arg(line.baudRate));
         return std::nullopt;
     }
     line.stopBits = m_parser.value(kStopBits);
-    if (line.stopBits != QLatin1String("1") && line.stopBits != QLatin1String("2")) {
+    if (!StopBitTexts().contains(line.stopBits)) {
         Fail(kExitBadArguments, QStringLiteral("--stop-bits must be 1 or 2, not \"%1\"").arg(line.stopBits));
         return std::nullopt;
     }

@@ -34,6 +34,8 @@ public:
     std::optional<int> Parse(const QStringList& arguments);
 
     bool IsSet(const QCommandLineOption& option) const { return m_parser.isSet(option); }
+    // Whether a line option ("baud", "timeout") was given rather than left at its default.
+    bool LineOptionSet(const QString& name) const { return m_parser.isSet(name); }
     QString Value(const QCommandLineOption& option) const { return m_parser.value(option); }
     QStringList Positional() const { return m_parser.positionalArguments(); }
     // The line options, checked; nothing after a message on stderr.

@@ -1,6 +1,8 @@
-// read and watch, and the options every command shares: output, exit status and messages.
+// read, watch, scan and ports, and the options every command shares: output, exit status and
+// messages, on the simulated meter's pseudo-terminal and over TCP, and on a silent line.
 #include "CliRun.h"
 #include "PtyPair.h"
+#include "sim/SimulatedMeterHost.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -10,9 +12,16 @@
 class ReadCommandsTest : public QObject {
     Q_OBJECT
 private slots:
-    void initTestCase() { QVERIFY2(m_silent.error().isEmpty(), qPrintable(m_silent.error())); }
+    void initTestCase()
+    {
+        QVERIFY2(m_silent.error().isEmpty(), qPrintable(m_silent.error()));
+        const sim::SimulatedMeterHost::Started started = m_network.listen();
+        QVERIFY2(!started.path.isEmpty(), qPrintable(started.error));
+        m_networkAddress = started.path;
+    }
 
-    // A row's arguments may name "SILENT", a line where nothing answers.
+    // A row's arguments may name "SILENT", a line where nothing answers, or "NETWORK", the
+    // simulated meter behind a TCP port.
     void exitStatusAndMessages_data()
     {
         QTest::addColumn<QStringList>("arguments");
@@ -21,6 +30,13 @@ private slots:
         QTest::addColumn<QString>("err");
         const auto sim = [](QStringList more) { return QStringList{QStringLiteral("--port"), QStringLiteral("sim")} + more; };
         QTest::newRow("read as a table") << QStringList{"read"} + sim({}) << 0 << "identification              QX5820  SN004217" << "";
+        QTest::newRow("read over TCP") << QStringList{"read", "--port", "NETWORK", "--format", "csv"} << 0 << "time,voltage_an," << "";
+        QTest::newRow("scan") << QStringList{"scan"} + sim({}) << 0 << "address 15 at 19200 baud, 1 stop bit: QX5820  SN004217" << "";
+        QTest::newRow("scan over TCP") << QStringList{"scan", "--port", "NETWORK", "--to", "20"} << 0 << "address 15 at tcp://127.0.0.1:" << "";
+        QTest::newRow("scan finds nobody") << QStringList{"scan"} + sim({"--baud", "9600", "--to", "20"}) << 4 << ""
+                                           << "no meter answered on sim at addresses 1-20 (9600 baud)";
+        QTest::newRow("scan range") << QStringList{"scan"} + sim({"--from", "30", "--to", "20"}) << 2 << "" << "--from and --to";
+        QTest::newRow("ports") << QStringList{"ports"} << 0 << "Port numbers 1 to 15 stand for" << "";
         QTest::newRow("overview") << QStringList{"--help"} << 0 << "Usage: qx5820 COMMAND [options]" << "";
         QTest::newRow("command help") << QStringList{"watch", "--help"} << 0 << "Usage: qx5820 watch [options]" << "";
         QTest::newRow("no command") << QStringList{} << 2 << "" << "Usage: qx5820 COMMAND [options]";
@@ -50,6 +66,7 @@ private slots:
         QFETCH(QString, out);
         QFETCH(QString, err);
         arguments.replaceInStrings(QStringLiteral("SILENT"), m_silent.first());
+        arguments.replaceInStrings(QStringLiteral("NETWORK"), m_networkAddress);
         const CliResult run = RunCli(arguments);
         QVERIFY2(run.exitCode == status, run.err.constData());
         QVERIFY2(QString::fromUtf8(run.out).contains(out), run.out.constData());
@@ -100,6 +117,8 @@ private slots:
 
 private:
     PtyPair m_silent;
+    sim::SimulatedMeterHost m_network;
+    QString m_networkAddress;
 };
 
 QTEST_GUILESS_MAIN(ReadCommandsTest)
