@@ -6,3 +6,4 @@
 // status (ExitCodes.h).
 int RunRead(const QStringList& arguments);
 int RunWatch(const QStringList& arguments);
+int RunLp(const QStringList& arguments);

@@ -20,6 +20,7 @@ struct Command {
 const Command kCommands[] = {
     {"read", "read every measurement and setting once (--format table|json|csv)", RunRead},
     {"watch", "poll continuously, one CSV or JSON line a tick (--count, --output)", RunWatch},
+    {"lp", "lp download: a load-profile group's intervals into its CSV file (--group, --continue)", RunLp},
 };
 
 QString Overview()
