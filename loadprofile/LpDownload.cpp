@@ -171,6 +171,7 @@ void LpDownload::ReadLpBlockAndSave()
         return;
     }
     LpCurrentIndex += kRecordsPerStep; // also after a last, shorter step: that ends the download
+    emit rowsSaved();
     if (Remaining())
         m_ports.screen.SetText(kText6, QStringLiteral("Current number of download interval : %1").arg(LpCurrentIndex));
     else
@@ -208,6 +209,16 @@ void LpDownload::StopForOffLine()
     Timer_RS_Lpf.stop();
     if (bLpDownloadActive != kFalse && Remaining())
         emit faceChanged(Face::Resumable, QStringLiteral("Reading"));
+}
+
+void LpDownload::RestoreInterrupted(int group, int channels, const QString& filePath, qint32 currentIndex, qint32 stopIndex)
+{
+    m_group = group;
+    m_channels = channels;
+    LpFilePath = filePath;
+    LpCurrentIndex = currentIndex;
+    LpStopIndex = stopIndex;
+    bLpDownloadActive = kTrue;
 }
 
 void LpDownload::CheckAgainstValid(const QString& list)

@@ -41,6 +41,10 @@ public:
     // The tool went off line: stops the download timer. A download that was running and still
     // has intervals to read shows that it can be continued.
     void StopForOffLine();
+    // A download interrupted in an earlier run of the program, as a record of it kept: the next
+    // Command8_Click offers to continue it into `filePath` from `currentIndex` to `stopIndex`,
+    // reading records of `channels` channels of `group` (0 or 1).
+    void RestoreInterrupted(int group, int channels, const QString& filePath, qint32 currentIndex, qint32 stopIndex);
 
     // Where "LP Data" is made: beside the program, else in the documents folder.
     QString programFolder;
@@ -56,6 +60,8 @@ public:
 
 signals:
     void faceChanged(LpDownload::Face face, const QString& caption);
+    // A step's rows are in the file and LpCurrentIndex has moved past them.
+    void rowsSaved();
 
 private:
     void Timer_RS_Lpf_Timer();

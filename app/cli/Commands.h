@@ -9,3 +9,4 @@ int RunRead(const QStringList& arguments);
 int RunWatch(const QStringList& arguments);
 int RunSet(const QStringList& arguments);
 int RunScan(const QStringList& arguments);
+int RunLp(const QStringList& arguments);

@@ -7,6 +7,26 @@
 
 #include <QEventLoop>
 
+#include <algorithm>
+
+namespace {
+
+// A testing aid: QX5820_SIM_HISTORY=N starts both load-profile groups of the simulated meter of
+// --port sim with N recorded intervals (at most 65535), for long downloads to try and measure.
+sim::MeterModel SimulatedMeterModel()
+{
+    sim::MeterModel model;
+    bool ok = false;
+    const uint history = qEnvironmentVariable("QX5820_SIM_HISTORY").toUInt(&ok);
+    if (ok) {
+        for (int group = 0; group < 2; ++group)
+            model.startWithHistory(group, int(std::min(history, 0xFFFFu)));
+    }
+    return model;
+}
+
+} // namespace
+
 bool ConsolePrompts::AskYesNo(const QString& text)
 {
     questions.append(text);
@@ -48,7 +68,7 @@ int ConsoleSession::GoOnLine()
     if (!port)
         return Fail(kExitBadArguments, QStringLiteral("--port: ") + error);
     if (entries.at(*port).simulated) {
-        m_simulator = std::make_unique<sim::SimulatedMeterHost>();
+        m_simulator = std::make_unique<sim::SimulatedMeterHost>(SimulatedMeterModel());
         m_session->connection.simulatedMeterDevice = m_simulator->deviceSource();
     }
     m_session->SetPortEntries(entries);

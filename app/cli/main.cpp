@@ -21,6 +21,7 @@ const Command kCommands[] = {
     {"ports", "list the serial ports of this machine, with their --port numbers", RunPorts},
     {"read", "read every measurement and setting once (--format table|json|csv)", RunRead},
     {"watch", "poll continuously, one CSV or JSON line a tick (--count, --output)", RunWatch},
+    {"lp", "lp download: a load-profile group's intervals into its CSV file (--group, --continue)", RunLp},
     {"set", "write one setting and confirm it from the readings (set --help lists them)", RunSet},
     {"scan", "look for a meter over addresses 1-247 and both baud rates", RunScan},
 };
