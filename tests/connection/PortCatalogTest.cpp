@@ -6,12 +6,12 @@
 namespace {
 
 // "ttyUSB0" or "ttyUSB0:FT232R USB UART", as the system would report /dev/ttyUSB0.
-QList<FoundPort> Found(const QStringList& specs)
+QList<FoundPort> Found(const QStringList& ports)
 {
     QList<FoundPort> found;
-    for (const QString& spec : specs) {
-        const QString name = spec.section(QLatin1Char(':'), 0, 0);
-        found.append({QStringLiteral("/dev/") + name, name, spec.section(QLatin1Char(':'), 1), QString(), QString()});
+    for (const QString& port : ports) {
+        const QString name = port.section(QLatin1Char(':'), 0, 0);
+        found.append({QStringLiteral("/dev/") + name, name, port.section(QLatin1Char(':'), 1), QString(), QString()});
     }
     return found;
 }
