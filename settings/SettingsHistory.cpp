@@ -30,7 +30,7 @@ void SettingsHistory::Observe(const MeterReading& reading)
         if (awaited.shownBy(reading))
             Settle(awaited.entry, kConfirmed);
         else if (awaited.ticks >= kConfirmTicks)
-            Settle(awaited.entry, QStringLiteral("not confirmed within %1 ticks").arg(kConfirmTicks));
+            Settle(awaited.entry, NotConfirmedText());
         else
             continue;
         m_awaited.removeAt(i);

@@ -41,6 +41,7 @@ public:
     // The outcome of a write while readings are searched for its value, and once one shows it.
     static inline const QString kWaiting = QStringLiteral("waiting for the meter");
     static inline const QString kConfirmed = QStringLiteral("confirmed");
+    static QString NotConfirmedText() { return QStringLiteral("not confirmed within %1 ticks").arg(kConfirmTicks); }
     // The outcome of a write that ended without acknowledgement: "refused: exception 3 (...)"
     // when the meter answered with an exception, else "no reply".
     static QString FailureText(TransactionOutcome outcome, quint8 exception);

@@ -27,6 +27,24 @@ sim::MeterModel SimulatedMeterModel()
 
 } // namespace
 
+std::optional<ChosenPort> ChoosePortOption(const QString& option)
+{
+    ChosenPort port{PortCatalog::Scan()};
+    QString error;
+    const std::optional<int> index = PortCatalog::Locate(port.entries, option, &error);
+    if (!index) {
+        Fail(kExitBadArguments, QStringLiteral("--port: ") + error);
+        return std::nullopt;
+    }
+    port.index = *index;
+    return port;
+}
+
+std::unique_ptr<sim::SimulatedMeterHost> NewSimulatedMeter()
+{
+    return std::make_unique<sim::SimulatedMeterHost>(SimulatedMeterModel());
+}
+
 bool ConsolePrompts::AskYesNo(const QString& text)
 {
     questions.append(text);
@@ -62,17 +80,15 @@ ConsoleSession::~ConsoleSession()
 
 int ConsoleSession::GoOnLine()
 {
-    QList<PortEntry> entries = PortCatalog::Scan();
-    QString error;
-    const std::optional<int> port = PortCatalog::Locate(entries, m_line.port, &error);
+    const std::optional<ChosenPort> port = ChoosePortOption(m_line.port);
     if (!port)
-        return Fail(kExitBadArguments, QStringLiteral("--port: ") + error);
-    if (entries.at(*port).simulated) {
-        m_simulator = std::make_unique<sim::SimulatedMeterHost>(SimulatedMeterModel());
+        return kExitBadArguments;
+    if (port->entry().simulated) {
+        m_simulator = NewSimulatedMeter();
         m_session->connection.simulatedMeterDevice = m_simulator->deviceSource();
     }
-    m_session->SetPortEntries(entries);
-    m_session->ChoosePort(*port);
+    m_session->SetPortEntries(port->entries);
+    m_session->ChoosePort(port->index);
 
     // The lists move as the operator's picks would, so that the commands that follow the
     // meter (a new address or baud rate) find them where the window has them.

@@ -34,6 +34,17 @@ public:
     bool answer = false;
 };
 
+// The port list as the window would hold it, and the entry a --port option names in it.
+struct ChosenPort {
+    QList<PortEntry> entries;
+    int index = 0;
+    const PortEntry& entry() const { return entries.at(index); }
+};
+// Nothing after a message on stderr.
+std::optional<ChosenPort> ChoosePortOption(const QString& option);
+// The simulated meter that --port sim stands for, not yet started.
+std::unique_ptr<sim::SimulatedMeterHost> NewSimulatedMeter();
+
 // A command line has no start and stop lists to keep.
 class NoIntervalLists : public IntervalLists {
 public:

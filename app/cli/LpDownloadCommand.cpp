@@ -143,6 +143,8 @@ private:
     int Follow();
     void RowsSaved();
     int Outcome();
+    // The first interval not yet in the file, counted from 1.
+    qint32 NextInterval();
     QString WhereItStopped() const;
 
     Request m_request;
@@ -291,7 +293,7 @@ int LpDownloadRun::Follow()
 void LpDownloadRun::RowsSaved()
 {
     LpDownload& lp = download();
-    const qint32 next = std::min(lp.LpCurrentIndex, lp.LpStopIndex + 1) + 1;
+    const qint32 next = NextInterval();
     if (next > m_record.last) {
         QFile::remove(m_recordPath);
     } else {
@@ -309,7 +311,7 @@ void LpDownloadRun::RowsSaved()
 int LpDownloadRun::Outcome()
 {
     LpDownload& lp = download();
-    const qint32 next = std::min(lp.LpCurrentIndex, lp.LpStopIndex + 1) + 1;
+    const qint32 next = NextInterval();
     if (lp.bLpDownloadActive == kFalse) {
         QTextStream(stdout) << QStringLiteral("%1: %2 intervals written (%3 to %4 of group %5)")
                                    .arg(QDir::toNativeSeparators(lp.LpFilePath)).arg(next - m_firstHere)
@@ -324,6 +326,13 @@ int LpDownloadRun::Outcome()
     if (!m_console.session().connection.bOnLine.isTrue())
         return Fail(kExitNoAnswer, m_console.OffLineReason() + QStringLiteral("; ") + WhereItStopped());
     return Fail(kExitFileError, m_console.screen.Text(QStringLiteral("Text6")) + QStringLiteral("; ") + WhereItStopped());
+}
+
+qint32 LpDownloadRun::NextInterval()
+{
+    // The last step of a range may read past its end; LpCurrentIndex is 0-based.
+    const LpDownload& lp = download();
+    return std::min(lp.LpCurrentIndex, lp.LpStopIndex + 1) + 1;
 }
 
 QString LpDownloadRun::WhereItStopped() const

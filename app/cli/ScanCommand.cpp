@@ -1,8 +1,8 @@
 // scan: which address and baud rate a meter answers at, when nobody wrote it down.
 #include "app/cli/CommandLine.h"
+#include "app/cli/ConsoleSession.h"
 #include "app/cli/Commands.h"
 #include "app/cli/ExitCodes.h"
-#include "connection/PortCatalog.h"
 #include "connection/PortTransport.h"
 #include "link/RegisterLink.h"
 #include "link/RtuFrames.h"
@@ -91,7 +91,7 @@ private:
 
     QString Where(const QString& device, const QString& baudRate) const
     {
-        if (device.startsWith(QLatin1String("tcp://"), Qt::CaseInsensitive))
+        if (TcpTransport::IsAddress(device))
             return device;
         return QStringLiteral("%1 baud, %2 stop bit%3").arg(baudRate, m_line.stopBits,
                                                             m_line.stopBits == QLatin1String("1") ? QString() : QStringLiteral("s"));
@@ -142,24 +142,23 @@ int RunScan(const QStringList& arguments)
     if (!line.LineOptionSet(QStringLiteral("timeout")))
         options->replyTimeoutMs = 100;
 
-    QList<PortEntry> entries = PortCatalog::Scan();
-    QString error;
-    const std::optional<int> index = PortCatalog::Locate(entries, options->port, &error);
-    if (!index)
-        return Fail(kExitBadArguments, QStringLiteral("--port: ") + error);
-    QString device = entries.at(*index).device;
+    const std::optional<ChosenPort> port = ChoosePortOption(options->port);
+    if (!port)
+        return kExitBadArguments;
+    QString device = port->entry().device;
     std::unique_ptr<sim::SimulatedMeterHost> simulator;
-    if (entries.at(*index).simulated) {
-        simulator = std::make_unique<sim::SimulatedMeterHost>();
+    if (port->entry().simulated) {
+        simulator = NewSimulatedMeter();
         device = simulator->start().path;
     }
 
     QStringList rates{options->baudRate};
-    if (!line.LineOptionSet(QStringLiteral("baud")) && !device.startsWith(QLatin1String("tcp://"), Qt::CaseInsensitive))
+    if (!line.LineOptionSet(QStringLiteral("baud")) && !TcpTransport::IsAddress(device))
         rates = QStringList{QStringLiteral("19200"), QStringLiteral("9600")};
     QTextStream out(stdout);
     Scanner scanner(*options, out);
     QList<Answer> found;
+    QString error;
     for (const QString& rate : rates) {
         if (!scanner.Sweep(device, rate, first, last, line.IsSet(all), found, &error))
             return Fail(kExitPortUnusable, QStringLiteral("Comm Port Error: %1: %2").arg(device, error));

@@ -96,7 +96,7 @@ std::optional<QString> AwaitWrite(ConsoleSession& console, PendingCommands::Flag
         if (shows(last))
             return SettingsHistory::kConfirmed;
     }
-    return QStringLiteral("not confirmed within %1 ticks").arg(SettingsHistory::kConfirmTicks);
+    return SettingsHistory::NotConfirmedText();
 }
 
 } // namespace
