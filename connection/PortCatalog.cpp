@@ -1,7 +1,8 @@
 #include "connection/PortCatalog.h"
 
+#include "connection/TcpTransport.h"
+
 #include <QSerialPortInfo>
-#include <QUrl>
 
 #include <algorithm>
 
@@ -35,17 +36,6 @@ QString FoundLabel(const FoundPort& port)
 {
     const QString name = port.name.isEmpty() ? port.device : port.name;
     return port.description.isEmpty() ? name : QStringLiteral("%1 — %2").arg(name, port.description);
-}
-
-// Checks "tcp://host:port": a host and a port number 1-65535, nothing else.
-bool IsNetworkAddress(const QString& option, QString* error)
-{
-    const QUrl url(option, QUrl::StrictMode);
-    const bool ok = url.isValid() && !url.host().isEmpty() && url.port() >= 1 && url.path().isEmpty()
-        && !url.hasQuery() && !url.hasFragment() && url.userInfo().isEmpty();
-    if (!ok)
-        *error = QStringLiteral("\"%1\" is not a network address of the form tcp://host:port").arg(option);
-    return ok;
 }
 
 } // namespace
@@ -126,8 +116,10 @@ std::optional<int> PortCatalog::Locate(QList<PortEntry>& entries, const QString&
         *error = QStringLiteral("no port given");
         return std::nullopt;
     }
-    if (option.startsWith(QLatin1String("tcp:"), Qt::CaseInsensitive) && !IsNetworkAddress(option, error))
+    if (option.startsWith(QLatin1String("tcp:"), Qt::CaseInsensitive) && !TcpTransport::AddressOf(option)) {
+        *error = QStringLiteral("\"%1\" is not a network address of the form tcp://host:port").arg(option);
         return std::nullopt;
+    }
     if (const int index = IndexOf(entries, {option, option, false}); index >= 0)
         return index;
     entries.append({option, option, false});

@@ -2,7 +2,6 @@
 
 #include <QEventLoop>
 #include <QTimer>
-#include <QUrl>
 
 TcpTransport::TcpTransport(QObject* parent) : Transport(parent)
 {
@@ -13,6 +12,14 @@ TcpTransport::TcpTransport(QObject* parent) : Transport(parent)
 bool TcpTransport::IsAddress(const QString& device)
 {
     return device.startsWith(QLatin1String("tcp://"), Qt::CaseInsensitive);
+}
+
+std::optional<QUrl> TcpTransport::AddressOf(const QString& device)
+{
+    const QUrl url(device, QUrl::StrictMode);
+    const bool ok = url.isValid() && !url.host().isEmpty() && url.port() >= 1 && url.path().isEmpty()
+        && !url.hasQuery() && !url.hasFragment() && url.userInfo().isEmpty();
+    return ok ? std::optional(url) : std::nullopt;
 }
 
 bool TcpTransport::isOpen() const
@@ -45,8 +52,8 @@ std::chrono::nanoseconds TcpTransport::characterTime() const
 bool TcpTransport::open(const QString& address, QString* error)
 {
     close();
-    const QUrl url(address, QUrl::StrictMode);
-    if (!url.isValid() || url.host().isEmpty() || url.port() < 1) {
+    const std::optional<QUrl> url = AddressOf(address);
+    if (!url) {
         *error = QStringLiteral("not a network address of the form tcp://host:port");
         return false;
     }
@@ -70,7 +77,7 @@ bool TcpTransport::open(const QString& address, QString* error)
         if (state == QAbstractSocket::UnconnectedState)
             loop.quit();
     });
-    m_socket.connectToHost(url.host(), quint16(url.port()));
+    m_socket.connectToHost(url->host(), quint16(url->port()));
     timeout.start(kConnectTimeoutMs);
     if (m_socket.state() != QAbstractSocket::ConnectedState && !failed)
         loop.exec();

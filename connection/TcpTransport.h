@@ -3,6 +3,9 @@
 #include "link/Transport.h"
 
 #include <QTcpSocket>
+#include <QUrl>
+
+#include <optional>
 
 // The meter's serial line reached through a device server or gateway: the same RTU frames,
 // CRC included, carried over a TCP connection to "tcp://host:port".
@@ -16,6 +19,9 @@ public:
 
     // Whether `device` names a network address rather than a serial device.
     static bool IsAddress(const QString& device);
+    // The host and port of "tcp://host:port"; nothing for anything else (no port, a path, a
+    // query, a user name).
+    static std::optional<QUrl> AddressOf(const QString& device);
 
     bool isOpen() const override;
     QByteArray takeAll() override;
