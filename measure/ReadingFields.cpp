@@ -1,5 +1,7 @@
 #include "measure/ReadingFields.h"
 
+#include "ports/StartUpLists.h"
+
 #include <QByteArray>
 
 #include <charconv>
@@ -51,12 +53,13 @@ constexpr const char* kPhasesTotal[] = {"a", "b", "c", "total"};
 constexpr const char* kPhaseVoltages[] = {"an", "bn", "cn", "ln_avg"};
 constexpr const char* kLineVoltages[] = {"ab", "bc", "ca", "ll_avg"};
 constexpr const char* kEnergyNames[] = {"kwh_delivered", "kwh_received", "kvarh_lagging", "kvarh_leading", "kvah"};
-constexpr const char* kWiringNames[] = {"none", "1P2W", "1P3W", "3P3W 2CT", "3P3W 3CT", "3P4W"};
-constexpr const char* kWiringSettings[] = {"Auto", "1P2W", "1P3W", "3P3W 2CT", "3P3W 3CT", "3P4W"};
-
-QString Named(const char* const* names, std::size_t count, int code)
+// The wiring setting's name by code; the wiring the meter detects reads "none" for code 0.
+QString WiringName(int code, bool detected)
 {
-    return code >= 0 && std::size_t(code) < count ? QLatin1String(names[code]) : QStringLiteral("code %1").arg(code);
+    if (detected && code == 0)
+        return QStringLiteral("none");
+    const QStringList names = WiringTexts();
+    return code >= 0 && code < names.size() ? names.at(code) : QStringLiteral("code %1").arg(code);
 }
 
 QString ClockText(const MeterReading::Clock& c)
@@ -91,13 +94,13 @@ QList<ReadingField> FieldsOf(const MeterReading& r)
     c.number(QStringLiteral("pt_ratio_2"), B::PtRatio2, r.ptRatio2);
     c.text(QStringLiteral("meter_clock"), B::RealTimeImage, ClockText(r.clock));
     c.text(QStringLiteral("identification"), B::RealTimeImage, IdentificationText(r.identification));
-    c.text(QStringLiteral("wiring"), B::RealTimeImage, Named(kWiringNames, std::size(kWiringNames), r.wiringCode));
+    c.text(QStringLiteral("wiring"), B::RealTimeImage, WiringName(r.wiringCode, true));
     c.text(QStringLiteral("phase_sequence"), B::RealTimeImage,
            r.phaseSequenceCode == 1 ? QStringLiteral("ABC") : r.phaseSequenceCode == 2 ? QStringLiteral("CBA") : QStringLiteral("error"));
     c.whole(QStringLiteral("slave_address"), B::RealTimeImage, r.slaveAddress);
     c.whole(QStringLiteral("baud_rate"), B::RealTimeImage, r.baudRateCode == 1 ? 9600 : r.baudRateCode == 2 ? 19200 : 0);
     c.whole(QStringLiteral("stop_bits"), B::RealTimeImage, r.stopBitCode);
-    c.text(QStringLiteral("wiring_setting"), B::RealTimeImage, Named(kWiringSettings, std::size(kWiringSettings), r.wiringSetting));
+    c.text(QStringLiteral("wiring_setting"), B::RealTimeImage, WiringName(r.wiringSetting, false));
     c.whole(QStringLiteral("scroll_time"), B::RealTimeImage, r.scrollTime);
     c.whole(QStringLiteral("serial_display"), B::RealTimeImage, r.serialDisplay);
     for (int g = 0; g < 2; ++g) {

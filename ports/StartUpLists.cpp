@@ -42,8 +42,7 @@ QList<StartUpList> Build()
     lists.append({QStringLiteral("Combo_LP_Stop_No"), {QStringLiteral("1")}, 0});
     lists.append({QStringLiteral("Combo_SetStopBit"), StopBitTexts(), 0});
     lists.append({QStringLiteral("Combo_StopBit"), StopBitTexts(), 0});
-    lists.append({QStringLiteral("Combo_SetWiring"), {QStringLiteral("Auto"), QStringLiteral("1P2W"), QStringLiteral("1P3W"),
-                                                      QStringLiteral("3P3W 2CT"), QStringLiteral("3P3W 3CT"), QStringLiteral("3P4W")}, 0});
+    lists.append({QStringLiteral("Combo_SetWiring"), WiringTexts(), 0});
     return lists;
 }
 
@@ -70,6 +69,12 @@ QStringList StopBitTexts()
 QStringList AddressTexts()
 {
     return NumberTexts(1, 247);
+}
+
+QStringList WiringTexts()
+{
+    return {QStringLiteral("Auto"), QStringLiteral("1P2W"), QStringLiteral("1P3W"),
+            QStringLiteral("3P3W 2CT"), QStringLiteral("3P3W 3CT"), QStringLiteral("3P4W")};
 }
 
 const QList<StartUpList>& StartUpLists()

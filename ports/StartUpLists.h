@@ -21,6 +21,8 @@ QStringList NumberTexts(int first, int last);
 QStringList BaudRateTexts();
 QStringList StopBitTexts();
 QStringList AddressTexts();
+// The wiring modes by code: 0 Auto (the meter finds out), then 1P2W to 3P4W.
+QStringList WiringTexts();
 
 // Every list but the port list (whose entries depend on the machine), in the order the window
 // fills them: the line's baud-rate and stop-bit lists come before the addresses' and after
