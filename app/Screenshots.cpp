@@ -5,7 +5,7 @@
 // qx5820-screenshots OUTPUT_DIR [SECONDS]
 // With --wiring-fault NAME it renders only the phasor tab, to phasors.png, the meter wired with
 // that fault to a balanced load at power factor 0.9 lagging.
-#include "connection/MeterSession.h"
+#include "session/MeterSession.h"
 #include "sim/SimulatedMeterHost.h"
 #include "ui/LpPlotView.h"
 #include "ui/MainForm.h"

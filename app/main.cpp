@@ -1,4 +1,4 @@
-#include "connection/MeterSession.h"
+#include "session/MeterSession.h"
 #include "sim/SimulatedMeterHost.h"
 #include "ui/MainForm.h"
 #include "ui/WindowOptions.h"

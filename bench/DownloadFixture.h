@@ -8,7 +8,7 @@
 #include "TestLists.h"
 #include "MeterOnLine.h"
 #include "RecordingPrompts.h"
-#include "connection/MeterSession.h"
+#include "session/MeterSession.h"
 #include "sim/SimulatedMeterHost.h"
 
 #include <QCoreApplication>

@@ -8,7 +8,7 @@
 //   - RefreshLpNumberLists growing the interval lists from 0 to 65,535 entries.
 // Usage: bench_poll [TICKS_FOR_MEMORY]   (default 10000; pacing is off for that phase)
 #include "BenchSupport.h"
-#include "connection/MeterSession.h"
+#include "session/MeterSession.h"
 #include "measure/PollPlan.h"
 #include "sim/SimulatedMeterHost.h"
 #include "ui/MainForm.h"

@@ -120,7 +120,7 @@ bool Run(sim::SimulatedMeterHost& meter, const QString& folder, QRandomGenerator
             ++totals.unexplainedStops;
         // Going on line again starts the simulated meter again if its port vanished.
         if (!on.onLine())
-            on.session->On_Line_Click(QStringLiteral("15"));
+            on.session->ToggleOnLine(QStringLiteral("15"));
         on.session->connection.Timer1Sec.stop();
         if (!on.onLine())
             continue;

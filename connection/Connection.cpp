@@ -1,7 +1,7 @@
 #include "connection/Connection.h"
 
 #include "connection/LineSettings.h"
-#include "connection/TextNumbers.h"
+#include "ports/TextNumbers.h"
 #include "ports/OperatorPrompts.h"
 
 namespace {
@@ -28,6 +28,7 @@ Connection::Connection(OperatorPrompts& prompts, QObject* parent)
 {
     Timer1Sec.setInterval(kPollIntervalMs);
     Timer1Sec.setTimerType(Qt::PreciseTimer);
+    connect(&link, &RegisterLink::statusText, &status, &StatusLine::Set);
     connect(&link, &RegisterLink::gaveUp, this, [this] { GoOffLine(RegisterLink::GiveUpText()); });
     connect(&port, &Transport::lost, this, [this](const QString& reason) {
         // The waits end first, so that nothing stays blocked behind the message.
@@ -49,7 +50,7 @@ void Connection::SetSettings(const QString& settings)
     }
 }
 
-void Connection::On_Line_Click(const QString& addressText)
+void Connection::ToggleOnLine(const QString& addressText)
 {
     if (addressText.isEmpty()) {
         m_prompts.Critical(QStringLiteral("No Address！"));
@@ -73,6 +74,7 @@ void Connection::On_Line_Click(const QString& addressText)
     }
     port.discardInput();
     link.BuildCrcTables();
+    ++m_number;
     Timer1Sec.start();
     emit onLineChanged(true, QString());
 }
@@ -115,6 +117,7 @@ QString Connection::DeviceFor(int number, QString* error) const
 
 void Connection::OffLineTail(const QString& reason)
 {
+    ++m_number;
     bOnLine.set(false);
     port.discardInput();
     link.BuildCrcTables();

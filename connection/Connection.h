@@ -2,6 +2,7 @@
 
 #include "connection/PortCatalog.h"
 #include "connection/PortTransport.h"
+#include "connection/StatusLine.h"
 #include "link/RegisterLink.h"
 #include "link/WatchedFlag.h"
 
@@ -37,7 +38,7 @@ public:
     const QList<PortEntry>& PortEntries() const { return m_entries; }
 
     // Port number := list index + 1.
-    void Combo_CommPort_Click(int listIndex) { m_portNumber = listIndex + 1; }
+    void ChoosePortIndex(int listIndex) { m_portNumber = listIndex + 1; }
     int PortNumber() const { return m_portNumber; }
 
     // The settings string built by the baud-rate and stop-bit lists. Kept as it stands and
@@ -46,14 +47,23 @@ public:
     const QString& Settings() const { return m_settings; }
     // The settings string of the baud rate and stop bits picked.
     void ChooseLine(const QString& baudRate, const QString& stopBits) { SetSettings(SettingsString(baudRate, stopBits)); }
+    // The baud rate and stop bits of the settings string: "19200" and "1".
+    QString BaudRate() const { return m_settings.section(QLatin1Char(','), 0, 0); }
+    QString StopBits() const { return m_settings.section(QLatin1Char(','), 3, 3); }
     // The address every request goes to: the whole number of the picked text; a text without
     // one leaves it as it was.
     void ChooseAddress(const QString& addressText);
+    // The address every request goes to.
+    int Address() const { return link.ModbusAddress; }
+
+    // The number of the connection: it changes whenever the tool goes on line or off line, so
+    // that a command asked for on one connection is recognised on any later one.
+    quint64 Number() const { return m_number; }
 
     // Toggles the connection. `addressText` is the text of the address list: an empty one is
     // refused before anything else happens. Reaching a network address yields to the event
     // loop; a click meanwhile goes off line and abandons the attempt.
-    void On_Line_Click(const QString& addressText);
+    void ToggleOnLine(const QString& addressText);
     // Closes the port and takes the off-line state, for `reason` (empty when the operator
     // asked for it).
     void GoOffLine(const QString& reason = QString());
@@ -66,6 +76,7 @@ public:
     PortTransport port;
     RegisterLink link;
     QTimer Timer1Sec;
+    StatusLine status;
 
 signals:
     // Emitted after every change of state, also after a failed attempt to go on line. Off
@@ -84,4 +95,5 @@ private:
     int m_portNumber = 1;
     QString m_settings;
     quint64 m_onLineAttempts = 0;
+    quint64 m_number = 0;
 };

@@ -4,7 +4,6 @@
 #include "measure/FixedFormat.h"
 #include "measure/ReadingDecoding.h"
 #include "ports/Clock.h"
-#include "ports/Screen.h"
 
 #include <QElapsedTimer>
 #include <QScopeGuard>
@@ -12,10 +11,8 @@
 
 using PollPlan::kBlocks;
 
-PollCycle::PollCycle(Connection& connection, Screen& screen, IntervalLists& lists, const Clock& clock,
-                     QObject* parent)
-    : QObject(parent), display(screen), numberLists(screen, lists), m_connection(connection), m_screen(screen),
-      m_clock(clock)
+PollCycle::PollCycle(Connection& connection, const Clock& clock, QObject* parent)
+    : QObject(parent), m_connection(connection), m_clock(clock)
 {
     connect(&m_connection.Timer1Sec, &QTimer::timeout, this, &PollCycle::Timer1Sec_Timer);
     // A new connection may reach another meter: nothing read before counts as known.
@@ -23,18 +20,6 @@ PollCycle::PollCycle(Connection& connection, Screen& screen, IntervalLists& list
         if (onLine)
             m_reading.known = 0;
     });
-}
-
-void PollCycle::SetRoutine(PendingCommands::Flag flag, std::function<void()> routine)
-{
-    if (flag == &PendingCommands::bPendingDisplayItem) {
-        // The meter's display list is read back and shown once the new item was sent.
-        routine = [this, send = std::move(routine)] {
-            send();
-            display.bDisplayItemSent = kTrue;
-        };
-    }
-    pending.SetRoutine(flag, std::move(routine));
 }
 
 void PollCycle::Timer1Sec_Timer()
@@ -51,7 +36,6 @@ void PollCycle::Timer1Sec_Timer()
         StartNextTickIfDue(duration.elapsed());
     });
 
-    m_screen.SetText(QStringLiteral("txt_Online"), QStringLiteral("On Line"));
     m_reading.fresh = 0;
     m_reading.takenAt = m_clock.Now();
     m_connection.link.ResetRxData();
@@ -61,15 +45,15 @@ void PollCycle::Timer1Sec_Timer()
     // Even when the energy block gave up, the lists follow the last count the meter reported
     // and the status line is cleared; the reason for going off line stays in its own field.
     // Only a line that went away mid-read ends the tick at once.
-    const TransactionOutcome energy = ReadEnergy();
-    if (energy == TransactionOutcome::Abandoned)
+    const TransactionResult energy = ReadEnergy();
+    if (energy.kind == TransactionResult::Abandoned)
         return;
-    numberLists.RefreshLpNumberLists(m_reading);
-    m_screen.SetText(QStringLiteral("Text6"), QString());
-    if (energy != TransactionOutcome::Good || !ReadRatios() || !ReadPtRatio2())
+    emit intervalCountsDue(m_reading);
+    m_connection.status.Set(QString());
+    if (!energy.good() || !ReadRatios() || !ReadPtRatio2())
         return;
     emit readingTaken(m_reading);
-    pending.Serve([this] { return m_connection.link.bCommOK != kFalse && m_connection.bOnLine.isTrue(); });
+    emit commandsDue();
 }
 
 void PollCycle::StartNextTickIfDue(qint64 elapsedMs)
@@ -90,58 +74,57 @@ bool PollCycle::ReadRealTimeImage()
     for (std::size_t i = 0; i < PollPlan::kImageBlocks; ++i) {
         const PollBlock& block = kBlocks[i];
         PollStep = block.step;
-        if (link.ReadRegisters(link.ModbusAddress, block.function, block.start, block.count) != TransactionOutcome::Good)
+        if (!link.ReadRegisters(link.ModbusAddress, block.function, block.start, block.count).good())
             return false;
     }
     if (link.RxUpperBound() == PollPlan::kImageSize - 1) {
         DecodeRealTimeImage(link.RxData, m_reading);
-        display.ShowRealTimeData(m_reading);
-        numberLists.WarnIfListsWillChange(m_reading);
+        emit blockRead(MeterReading::RealTimeImage, m_reading);
     }
     return true;
 }
 
 bool PollCycle::ReadFrequency()
 {
-    if (Read(kBlocks[PollPlan::Frequency]) != TransactionOutcome::Good)
+    if (!Read(kBlocks[PollPlan::Frequency]).good())
         return false;
     DecodeFrequency(m_connection.link.RxData, m_reading);
-    display.ShowFrequency(m_reading);
+    emit blockRead(MeterReading::Frequency, m_reading);
     return true;
 }
 
-TransactionOutcome PollCycle::ReadEnergy()
+TransactionResult PollCycle::ReadEnergy()
 {
-    const TransactionOutcome outcome = Read(kBlocks[PollPlan::Energy]);
-    if (outcome == TransactionOutcome::Good) {
+    const TransactionResult result = Read(kBlocks[PollPlan::Energy]);
+    if (result.good()) {
         DecodeEnergy(m_connection.link.RxData, m_reading);
-        display.ShowEnergyData(m_reading);
+        emit blockRead(MeterReading::Energy, m_reading);
     }
-    return outcome;
+    return result;
 }
 
 bool PollCycle::ReadRatios()
 {
-    if (Read(kBlocks[PollPlan::Ratios]) != TransactionOutcome::Good)
+    if (!Read(kBlocks[PollPlan::Ratios]).good())
         return false;
     DecodeRatios(m_connection.link.RxData, m_reading);
     // PT ratio 1 as the operator sees it, to one decimal: the meter holds PT ratio 2 relative
     // to it. A register beyond the signed range is still the meter's ratio and is used as such.
     PtRatio1Value = FormatFixed(m_reading.ptRatio1Register / 10.0, 1).toDouble();
-    display.ShowRatios(m_reading);
+    emit blockRead(MeterReading::Ratios, m_reading);
     return true;
 }
 
 bool PollCycle::ReadPtRatio2()
 {
-    if (Read(kBlocks[PollPlan::PtRatio2]) != TransactionOutcome::Good)
+    if (!Read(kBlocks[PollPlan::PtRatio2]).good())
         return false;
     DecodePtRatio2(m_connection.link.RxData, PtRatio1Value, m_reading);
-    display.ShowPtRatio2(m_reading);
+    emit blockRead(MeterReading::PtRatio2, m_reading);
     return true;
 }
 
-TransactionOutcome PollCycle::Read(const PollBlock& block)
+TransactionResult PollCycle::Read(const PollBlock& block)
 {
     if (block.step != 0)
         PollStep = block.step;

@@ -11,7 +11,25 @@ namespace {
 
 constexpr std::chrono::milliseconds kFrameGap{RegisterLink::kFrameGapMs};
 
+TransactionResult Result(TransactionResult::Kind kind, quint8 exception = 0)
+{
+    return {kind, exception};
+}
+
 } // namespace
+
+QString TransactionResult::Text() const
+{
+    switch (kind) {
+    case Good: return QStringLiteral("good");
+    case TimedOut: return QStringLiteral("no reply");
+    case CrcError: return QStringLiteral("CRC error");
+    case AddressError: return QStringLiteral("reply from another address");
+    case Exception: return QStringLiteral("exception %1 (%2)").arg(exception).arg(Rtu::ExceptionName(exception));
+    case Abandoned: return QStringLiteral("the line went away");
+    }
+    return QString();
+}
 
 RegisterLink::RegisterLink(Transport& line, const WatchedFlag& bOnLine, QObject* parent)
     : RegisterLink(line, bOnLine, EventLoopClock(), parent)
@@ -23,76 +41,66 @@ RegisterLink::RegisterLink(Transport& line, const WatchedFlag& bOnLine, LinkCloc
 {
 }
 
-TransactionOutcome RegisterLink::ReadRegisters(const qint16& address, quint8 function, quint16 start, quint16 count)
+TransactionResult RegisterLink::ReadRegisters(const qint16& address, quint8 function, quint16 start, quint16 count)
 {
-    LastException = 0;
     if (!m_onLine.isTrue())
-        return TransactionOutcome::Abandoned;
+        return Result(TransactionResult::Abandoned);
     TxFrame = Rtu::ReadRequest(quint8(address & 0xFF), function, start, count);
     ExpectedLen = qint16(Rtu::ReadReplyLength(count));
     return Transact(address, true);
 }
 
-TransactionOutcome RegisterLink::WriteSingleRegister(const qint16& address, quint16 reg, quint16 value)
+TransactionResult RegisterLink::WriteSingleRegister(const qint16& address, quint16 reg, quint16 value)
 {
-    LastException = 0;
     bCommOK = kTrue;
     if (!m_onLine.isTrue())
-        return TransactionOutcome::Abandoned;
+        return Result(TransactionResult::Abandoned);
     TxFrame = Rtu::WriteSingleRequest(quint8(address & 0xFF), reg, value);
     ExpectedLen = qint16(Rtu::kWriteReplyLength);
     return Transact(address, false);
 }
 
-TransactionOutcome RegisterLink::WriteRegisters(const qint16& address, quint16 start, quint16 count, const QByteArray& data)
+TransactionResult RegisterLink::WriteRegisters(const qint16& address, quint16 start, quint16 count, const QByteArray& data)
 {
-    LastException = 0;
     bCommOK = kTrue;
     if (!m_onLine.isTrue())
-        return TransactionOutcome::Abandoned;
+        return Result(TransactionResult::Abandoned);
     TxFrame = Rtu::WriteMultipleRequest(quint8(address & 0xFF), start, count, data);
     ExpectedLen = qint16(Rtu::kWriteReplyLength);
     return Transact(address, false);
 }
 
-TransactionOutcome RegisterLink::WriteFloatRegisters(const qint16& address, quint16 start, const QList<double>& values)
-{
-    QByteArray data;
-    for (double value : values)
-        data += Rtu::SingleToBytes(value);
-    return WriteRegisters(address, start, quint16(2 * values.size()), data);
-}
-
-TransactionOutcome RegisterLink::WriteRegisters2(const qint16& address, quint16 start, qint16& count, const QByteArray& data)
+TransactionResult RegisterLink::WriteRegisters2(const qint16& address, quint16 start, qint16& count, const QByteArray& data)
 {
     count = qint16(std::nearbyint(count / 2.0)); // the default rounding mode: halves to even
     return WriteRegisters(address, start, quint16(count), data);
 }
 
-TransactionOutcome RegisterLink::Transact(const qint16& address, bool isRead)
+TransactionResult RegisterLink::Transact(const qint16& address, bool isRead)
 {
     bWaiting = kTrue;
     Rtu::Seal(crc, TxFrame);
     if (bShowFrames != kFalse)
         emit requestEcho(Rtu::FrameEcho(TxFrame));
 
+    TransactionResult result;
     for (int attempt = 1; attempt <= attempts; ++attempt) {
         // After a spoiled reply its own text ("CRC Error", an exception) stays on show; after
         // silence the operator learns that the tool is still trying.
         if (attempt > 1 && m_lastReply == FrameEvent::Outcome::NoReply)
             emit statusText(RetryText(attempt, attempts));
         // A good reply ends the transaction, and so does a closed port or going off line.
-        const TransactionOutcome outcome = Attempt(address, isRead, attempt);
-        if (outcome != TransactionOutcome::Failed) {
+        result = Attempt(address, isRead, attempt);
+        if (!result.gaveUp()) {
             bWaiting = kFalse;
-            return outcome;
+            return result;
         }
     }
     emit statusText(GiveUpText(attempts));
     bWaiting = kFalse;
     bCommOK = kFalse;
     emit gaveUp();
-    return TransactionOutcome::Failed;
+    return result;
 }
 
 // Why a reply to an earlier request is not taken for this one's. A meter may answer late,
@@ -110,19 +118,20 @@ TransactionOutcome RegisterLink::Transact(const qint16& address, bool isRead)
 // after the first. A reply that starts after our request has left the wire looks like an
 // answer to it. Whatever is left misaligned (part of an earlier reply ahead of ours) fails the
 // address or CRC check. A pseudo-terminal has no character time: there only the first rule holds.
-TransactionOutcome RegisterLink::Attempt(const qint16& address, bool isRead, int attempt)
+TransactionResult RegisterLink::Attempt(const qint16& address, bool isRead, int attempt)
 {
     if (quint8(TxFrame.at(0)) != quint8(address & 0xFF)) {
         TxFrame[0] = char(address & 0xFF);
         Rtu::Seal(crc, TxFrame);
     }
+    const TransactionResult abandoned = Result(TransactionResult::Abandoned);
     if (!AwaitSilence() || !StillConnected())
-        return TransactionOutcome::Abandoned;
+        return abandoned;
     // Emptying the input of a port that has just vanished closes it and takes the tool off
     // line there and then: nothing is sent on it.
     m_line.discardInput();
     if (!StillConnected())
-        return TransactionOutcome::Abandoned;
+        return abandoned;
     const LinkClock::Time sentAt = m_clock.now();
     m_line.send(TxFrame);
     m_earliestReplyEnd = sentAt + (TxFrame.size() + ExpectedLen) * m_line.characterTime();
@@ -131,34 +140,37 @@ TransactionOutcome RegisterLink::Attempt(const qint16& address, bool isRead, int
 
     const Reception reception = AwaitReply(sentAt + std::chrono::milliseconds(replyTimeoutMs));
     if (reception == Reception::Cut || !StillConnected())
-        return TransactionOutcome::Abandoned;
+        return abandoned;
     if (reception == Reception::TimedOut) {
-        ReportReply(NoteException() ? FrameEvent::Outcome::Exception : FrameEvent::Outcome::NoReply, attempt, sentAt);
-        return TransactionOutcome::Failed;
+        if (const std::optional<quint8> code = NoteException()) {
+            ReportReply(FrameEvent::Outcome::Exception, attempt, sentAt, *code);
+            return Result(TransactionResult::Exception, *code);
+        }
+        ReportReply(FrameEvent::Outcome::NoReply, attempt, sentAt);
+        return Result(TransactionResult::TimedOut);
     }
     if (quint8(m_rx.at(0)) != quint8(ModbusAddress & 0xFF)) {
         ReportReply(FrameEvent::Outcome::AddressError, attempt, sentAt);
         emit statusText(QStringLiteral("Address Error"));
-        return TransactionOutcome::Failed;
+        return Result(TransactionResult::AddressError);
     }
     if (!Rtu::CrcMatches(crc, m_rx, ExpectedLen)) {
         ReportReply(FrameEvent::Outcome::CrcError, attempt, sentAt);
         emit statusText(QStringLiteral("CRC Error"));
-        return TransactionOutcome::Failed;
+        return Result(TransactionResult::CrcError);
     }
     ReportReply(FrameEvent::Outcome::Good, attempt, sentAt);
     if (isRead)
         StoreReadData(m_rx);
-    return TransactionOutcome::Good;
+    return Result(TransactionResult::Good);
 }
 
 // The reply of an attempt as judged, with the bytes it was judged on: the whole reply, or
 // what arrived before the time-out.
-void RegisterLink::ReportReply(FrameEvent::Outcome outcome, int attempt, LinkClock::Time sentAt)
+void RegisterLink::ReportReply(FrameEvent::Outcome outcome, int attempt, LinkClock::Time sentAt, quint8 code)
 {
     m_lastReply = outcome;
     const LinkClock::Time now = m_clock.now();
-    const quint8 code = outcome == FrameEvent::Outcome::Exception ? LastException : 0;
     // A copy of just the bytes: the receive buffer keeps the port's large capacity, which the
     // traffic log would otherwise hold for every reply it keeps.
     const QByteArray bytes(m_rx.constData(), m_rx.size());
@@ -184,7 +196,6 @@ bool RegisterLink::TakeArrivals()
         return false;
     m_rx += bytes;
     m_lastByteAt = m_clock.now();
-    LastRxTime = quint32(std::chrono::duration_cast<std::chrono::milliseconds>(m_lastByteAt).count());
     return true;
 }
 
@@ -240,15 +251,13 @@ bool RegisterLink::ReplyComplete()
 
 // An attempt that timed out may hold an exception reply, which is too short to be judged as
 // a reply: it fails all the same, but the meter's reason is noted and shown.
-bool RegisterLink::NoteException()
+std::optional<quint8> RegisterLink::NoteException()
 {
     const std::optional<quint8> code =
         Rtu::ExceptionCode(crc, m_rx, quint8(ModbusAddress & 0xFF), quint8(TxFrame.at(1)));
-    if (!code)
-        return false;
-    LastException = *code;
-    emit statusText(QStringLiteral("Exception %1 (%2) from the meter").arg(QString::number(*code), Rtu::ExceptionName(*code)));
-    return true;
+    if (code)
+        emit statusText(QStringLiteral("Exception %1 (%2) from the meter").arg(QString::number(*code), Rtu::ExceptionName(*code)));
+    return code;
 }
 
 void RegisterLink::StoreReadData(const QByteArray& reply)

@@ -2,14 +2,10 @@
 
 #include "connection/Connection.h"
 #include "connection/PollCycle.h"
-#include "connection/TextNumbers.h"
 #include "loadprofile/LpCsvFile.h"
-#include "loadprofile/LpNumberLists.h"
 #include "link/RtuFrames.h"
 #include "ports/Clock.h"
-#include "ports/OperatorChoices.h"
 #include "ports/OperatorPrompts.h"
-#include "ports/Screen.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -22,75 +18,96 @@ constexpr quint16 kRecordArea = 0x2000; // group 1; group 2 follows 0x100 furthe
 constexpr int kRecordHeaderRegisters = 3;
 constexpr int kMaxChannels[] = {12, 8};
 
-const QString kText6 = QStringLiteral("Text6");
 const QString kReadAndSave = QStringLiteral("Read And Save");
 
 } // namespace
 
-LpDownload::LpDownload(Connection& connection, PollCycle& poll, const SessionPorts& ports, QObject* parent)
+QString LpStartMessage(LpStart start)
+{
+    if (start == LpStart::NoRange)
+        return QStringLiteral("Choose the first and the last interval to download.");
+    if (start == LpStart::RangeReversed)
+        return QStringLiteral("Interval starting number must less than final number！");
+    return QString();
+}
+
+LpDownload::LpDownload(Connection& connection, PollCycle& poll, OperatorPrompts& prompts, const Clock& clock,
+                       QObject* parent)
     : QObject(parent),
       programFolder(QCoreApplication::applicationDirPath()),
       documentsFolder(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation)),
       m_connection(connection),
       m_poll(poll),
-      m_ports(ports)
+      m_prompts(prompts),
+      m_clock(clock)
 {
     Timer_RS_Lpf.setInterval(kStepIntervalMs);
     connect(&Timer_RS_Lpf, &QTimer::timeout, this, &LpDownload::Timer_RS_Lpf_Timer);
 }
 
-void LpDownload::Command8_Click()
+LpStart LpDownload::Start(int group, qint32 first, qint32 last)
 {
-    const auto start = WholeNumber32Of(m_ports.choices.Text(QStringLiteral("Combo_LP_Start_No")));
-    const auto stop = WholeNumber32Of(m_ports.choices.Text(QStringLiteral("Combo_LP_Stop_No")));
-    if (!start || !stop || *start < 1) {
-        m_ports.prompts.Critical(QStringLiteral("Choose the first and the last interval to download."));
-        return;
-    }
-    if (*start > *stop) {
-        m_ports.prompts.Critical(QStringLiteral("Interval starting number must less than final number！"));
-        return;
-    }
+    if (first < 1 || last < 1)
+        return LpStart::NoRange;
+    if (first > last)
+        return LpStart::RangeReversed;
     if (bLpTickBusy != kFalse)
-        return;
+        return LpStart::Busy;
     if (!m_connection.bOnLine.isTrue()) {
-        m_ports.screen.SetText(kText6, QStringLiteral("Communication Failure"));
+        SetStatus(QStringLiteral("Communication Failure"));
         bLpCommFailed = kTrue;
-        return;
+        return LpStart::OffLine;
     }
     if (bLpDownloadActive != kFalse && Remaining()) {
-        if (m_ports.prompts.AskYesNo(QStringLiteral("Continue Data saving before communication failure ? Yes : Continue；No : from begining！"))) {
+        if (m_prompts.AskYesNo(QStringLiteral("Continue Data saving before communication failure ? Yes : Continue；No : from begining！"))) {
             TakeTheLine();
             emit faceChanged(Face::Reading, QStringLiteral("Reading"));
-            return;
+            return LpStart::Continued;
         }
         bLpDownloadActive = kFalse;
         GiveTheLineBack();
     }
 
-    const int group = DownloadGroupIndex(m_ports.screen);
     const MeterReading& reading = m_poll.Reading();
     const int channels = reading.loadProfile[std::size_t(group)].channelCount;
     if (channels < 1 || channels > kMaxChannels[group]) {
-        m_ports.screen.SetText(kText6, QStringLiteral("The meter reports %1 channels for group %2: nothing to download.")
-                                     .arg(channels).arg(group + 1));
-        return;
+        SetStatus(QStringLiteral("The meter reports %1 channels for group %2: nothing to download.").arg(channels).arg(group + 1));
+        return LpStart::NoChannels;
     }
     if (!StartFile(group))
-        return;
+        return LpStart::FileError;
     m_group = group;
     m_channels = channels;
     emit faceChanged(Face::Reading, QStringLiteral("Reading"));
-    LpCurrentIndex = *start - 1;
-    LpStopIndex = *stop - 1;
+    LpCurrentIndex = first - 1;
+    LpStopIndex = last - 1;
     const QList<int> codes = reading.loadProfile[std::size_t(group)].channelCodes.mid(0, channels);
     if (const auto error = LpCsvFile::Append(LpFilePath, LpCsvFile::ColumnLine(codes))) {
-        m_ports.screen.SetText(kText6, *error);
+        SetStatus(*error);
         emit faceChanged(Face::Normal, kReadAndSave);
-        return;
+        return LpStart::FileError;
     }
     bLpDownloadActive = kTrue;
     TakeTheLine();
+    return LpStart::Started;
+}
+
+void LpDownload::Stop()
+{
+    if (!Running())
+        return;
+    Timer_RS_Lpf.stop();
+    emit finished(LpEnd::Stopped, QString());
+}
+
+qint32 LpDownload::ValidIntervals(int group) const
+{
+    return m_poll.Reading().loadProfile[std::size_t(group)].validIntervals;
+}
+
+void LpDownload::SetStatus(const QString& text)
+{
+    m_connection.status.Set(text);
 }
 
 // The folder, the day's file of the group, and the "Date : " line that opens a download's
@@ -99,21 +116,21 @@ bool LpDownload::StartFile(int group)
 {
     const auto folder = LpCsvFile::ChooseFolder(programFolder, documentsFolder);
     if (!folder) {
-        m_ports.screen.SetText(kText6, QStringLiteral("Cannot create the folder \"LP Data\" beside the program or in %1.")
-                                     .arg(QDir::toNativeSeparators(documentsFolder)));
+        SetStatus(QStringLiteral("Cannot create the folder \"LP Data\" beside the program or in %1.")
+                      .arg(QDir::toNativeSeparators(documentsFolder)));
         return false;
     }
-    const QDateTime now = m_ports.clock.Now();
+    const QDateTime now = m_clock.Now();
     LpFilePath = QDir(folder->path).filePath(LpCsvFile::FileName(m_poll.Reading().identification, now.date(), group));
     if (const auto error = LpCsvFile::Append(LpFilePath, LpCsvFile::DateLine(now))) {
-        m_ports.screen.SetText(kText6, *error);
+        SetStatus(*error);
         return false;
     }
     QString started = QStringLiteral("LoadProfile Data start download");
     if (!folder->beside)
         started += QStringLiteral("; the program's folder cannot be written, the file goes to %1")
                        .arg(QDir::toNativeSeparators(folder->path));
-    m_ports.screen.SetText(kText6, started);
+    SetStatus(started);
     return true;
 }
 
@@ -139,9 +156,11 @@ void LpDownload::Timer_RS_Lpf_Timer()
     ReadLpBlockAndSave();
     bLpTickBusy = kFalse;
     if (bLpCommFailed != kFalse) {
+        // As a click of "Read and Save" would: off line it reports the failure, on line it
+        // offers to continue.
         bLpCommFailed = kFalse;
         Timer_RS_Lpf.stop();
-        Command8_Click();
+        Start(m_group, LpCurrentIndex + 1, LpStopIndex + 1);
     }
 }
 
@@ -151,29 +170,29 @@ void LpDownload::ReadLpBlockAndSave()
     const qint32 remaining = LpStopIndex - LpCurrentIndex + 1;
     const int records = remaining < kRecordsPerStep + 1 ? int(remaining) : kRecordsPerStep;
     const int recordRegisters = kRecordHeaderRegisters + 2 * m_channels;
-    const TransactionOutcome pointed =
+    const TransactionResult pointed =
         link.WriteRegisters(link.ModbusAddress, kNextInterval, 1, Rtu::RegisterData({quint16(LpCurrentIndex + 1)}));
-    if (pointed != TransactionOutcome::Good) {
+    if (!pointed.good()) {
         bLpCommFailed = kTrue;
         return;
     }
     link.ResetRxData();
-    const TransactionOutcome read = link.ReadRegisters(link.ModbusAddress, Rtu::kReadInput,
-                                                       quint16(kRecordArea + 0x100 * m_group),
-                                                       quint16(records * recordRegisters));
-    if (read != TransactionOutcome::Good || !m_connection.bOnLine.isTrue()) {
+    const TransactionResult read = link.ReadRegisters(link.ModbusAddress, Rtu::kReadInput,
+                                                      quint16(kRecordArea + 0x100 * m_group),
+                                                      quint16(records * recordRegisters));
+    if (!read.good() || !m_connection.bOnLine.isTrue()) {
         bLpCommFailed = kTrue;
         return;
     }
     // The index moves on only once the rows are in the file.
     if (const auto error = LpCsvFile::Append(LpFilePath, LpCsvFile::Rows(link.RxData, records, m_channels))) {
-        Interrupt(*error);
+        Interrupt(LpEnd::FileError, *error);
         return;
     }
     LpCurrentIndex += kRecordsPerStep; // also after a last, shorter step: that ends the download
     emit rowsSaved();
     if (Remaining())
-        m_ports.screen.SetText(kText6, QStringLiteral("Current number of download interval : %1").arg(LpCurrentIndex));
+        SetStatus(QStringLiteral("Current number of download interval : %1").arg(LpCurrentIndex));
     else
         Finish();
 }
@@ -189,17 +208,19 @@ void LpDownload::Finish()
 {
     bLpDownloadActive = kFalse;
     GiveTheLineBack();
-    m_ports.screen.SetText(kText6, QStringLiteral("Last number of download interval : %1，and finish download！").arg(LpStopIndex + 1));
+    SetStatus(QStringLiteral("Last number of download interval : %1，and finish download！").arg(LpStopIndex + 1));
     emit faceChanged(Face::Normal, kReadAndSave);
+    emit finished(LpEnd::Finished, m_connection.status.Text());
 }
 
 // The file could not take the rows: the download stops where it is and can be continued once
 // the disk has room again; polling goes on meanwhile.
-void LpDownload::Interrupt(const QString& why)
+void LpDownload::Interrupt(LpEnd end, const QString& why)
 {
     GiveTheLineBack();
-    m_ports.screen.SetText(kText6, why + QStringLiteral(" The download stopped at interval %1 and can be continued.").arg(LpCurrentIndex + 1));
+    SetStatus(why + QStringLiteral(" The download stopped at interval %1 and can be continued.").arg(LpCurrentIndex + 1));
     emit faceChanged(Face::Resumable, QStringLiteral("Reading"));
+    emit finished(end, m_connection.status.Text());
 }
 
 void LpDownload::StopForOffLine()
@@ -209,6 +230,7 @@ void LpDownload::StopForOffLine()
     Timer_RS_Lpf.stop();
     if (bLpDownloadActive != kFalse && Remaining())
         emit faceChanged(Face::Resumable, QStringLiteral("Reading"));
+    emit finished(LpEnd::Interrupted, QString());
 }
 
 void LpDownload::RestoreInterrupted(int group, int channels, const QString& filePath, qint32 currentIndex, qint32 stopIndex)
@@ -219,15 +241,4 @@ void LpDownload::RestoreInterrupted(int group, int channels, const QString& file
     LpCurrentIndex = currentIndex;
     LpStopIndex = stopIndex;
     bLpDownloadActive = kTrue;
-}
-
-void LpDownload::CheckAgainstValid(const QString& list)
-{
-    const int group = DownloadGroupIndex(m_ports.screen);
-    const qint32 valid = m_poll.Reading().loadProfile[std::size_t(group)].validIntervals;
-    const auto number = WholeNumber32Of(m_ports.choices.Text(list));
-    if (number && *number > valid) {
-        m_ports.prompts.Critical(QStringLiteral("Over Interval Valid limit"));
-        m_ports.choices.SetText(list, QStringLiteral("1"));
-    }
 }

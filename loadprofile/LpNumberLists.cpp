@@ -1,29 +1,30 @@
 #include "loadprofile/LpNumberLists.h"
 
-#include "connection/TextNumbers.h"
+#include "connection/PollCycle.h"
+#include "connection/StatusLine.h"
 #include "measure/MeterReading.h"
 #include "ports/IntervalLists.h"
-#include "ports/Screen.h"
 
-namespace {
-
-qint32 ValidIntervals(const MeterReading& reading, const Screen& screen)
+LpNumberLists::LpNumberLists(PollCycle& poll, IntervalLists& lists, StatusLine& status, QObject* parent)
+    : QObject(parent), m_lists(lists), m_status(status)
 {
-    return reading.loadProfile[std::size_t(DownloadGroupIndex(screen))].validIntervals;
+    connect(&poll, &PollCycle::blockRead, this, [this](MeterReading::Block block, const MeterReading& reading) {
+        if (block == MeterReading::RealTimeImage)
+            WarnIfListsWillChange(reading);
+    });
+    connect(&poll, &PollCycle::intervalCountsDue, this, &LpNumberLists::RefreshLpNumberLists);
 }
 
-} // namespace
-
-int DownloadGroupIndex(const Screen& screen)
+qint32 LpNumberLists::ValidIntervals(const MeterReading& reading) const
 {
-    return LeadingValue(screen.Text(QStringLiteral("Combo_LP_Read_Group_Sel"))) == 1 ? 0 : 1;
+    return reading.loadProfile[std::size_t(m_group)].validIntervals;
 }
 
 void LpNumberLists::RefreshLpNumberLists(const MeterReading& reading)
 {
     if (!reading.Has(MeterReading::RealTimeImage))
         return;
-    const qint32 valid = ValidIntervals(reading, m_screen);
+    const qint32 valid = ValidIntervals(reading);
     if (valid < LpListCount) {
         m_lists.SetEnabled(false);
         m_lists.Clear();
@@ -42,6 +43,6 @@ void LpNumberLists::RefreshLpNumberLists(const MeterReading& reading)
 
 void LpNumberLists::WarnIfListsWillChange(const MeterReading& reading)
 {
-    if (ValidIntervals(reading, m_screen) != LpListCount)
-        m_screen.SetText(QStringLiteral("Text6"), QStringLiteral("Wait!! Setting 'Start no' & 'Stop no'"));
+    if (ValidIntervals(reading) != LpListCount)
+        m_status.Set(QStringLiteral("Wait!! Setting 'Start no' & 'Stop no'"));
 }

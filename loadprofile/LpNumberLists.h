@@ -1,25 +1,29 @@
 #pragma once
 
-#include <QtGlobal>
+#include <QObject>
 
 class IntervalLists;
-class Screen;
+class PollCycle;
+class StatusLine;
 struct MeterReading;
 
-// The load-profile group chosen for download, as an index of the per-group values: 0 when the
-// operator's group list reads 1, else 1.
-int DownloadGroupIndex(const Screen& screen);
-
 // Keeps the download's start and stop lists equal to "1" up to the number of valid
-// intervals of the chosen group. The lists are rebuilt only when that number falls (a group
-// was cleared); when it grows, only the new numbers are appended, so the operator's choice
-// stays in place. Nothing is touched while the number is unchanged.
-class LpNumberLists {
+// intervals of the chosen group, following the poll's readings. The lists are rebuilt only
+// when that number falls (a group was cleared); when it grows, only the new numbers are
+// appended, so the operator's choice stays in place. Nothing is touched while the number is
+// unchanged.
+class LpNumberLists : public QObject {
+    Q_OBJECT
 public:
     // Counts that grow by more than this disable the lists while they are filled.
     static constexpr qint32 kLongAppend = 10;
 
-    LpNumberLists(Screen& screen, IntervalLists& lists) : m_screen(screen), m_lists(lists) {}
+    LpNumberLists(PollCycle& poll, IntervalLists& lists, StatusLine& status, QObject* parent = nullptr);
+
+    // The group chosen for download: 0 or 1. Choosing another keeps the lists as they are
+    // until the next refresh compares its count.
+    void ChooseGroup(int group) { m_group = group; }
+    int Group() const { return m_group; }
 
     // Before the meter's first real-time image there is no count to build for: nothing happens.
     void RefreshLpNumberLists(const MeterReading& reading);
@@ -31,6 +35,9 @@ public:
     qint32 LpListCount = 0;
 
 private:
-    Screen& m_screen;
+    qint32 ValidIntervals(const MeterReading& reading) const;
+
     IntervalLists& m_lists;
+    StatusLine& m_status;
+    int m_group = 0;
 };

@@ -1,6 +1,6 @@
 #include "measure/ReadingFields.h"
 
-#include "ports/StartUpLists.h"
+#include "ports/MeterChoices.h"
 
 #include <QByteArray>
 

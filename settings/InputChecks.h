@@ -3,12 +3,13 @@
 #include <QString>
 
 // The fields of the settings where the operator may type a value instead of picking one. Each
-// is checked when it loses the focus; a value it refuses is reported and the field emptied.
+// is checked when it loses the focus, and again when its command is served; a value it refuses
+// is reported and never sent.
 enum class TypedField {
-    NewAddress,  // Combo_Modbus_add: the address to write to the meter
-    TalkAddress, // Combo_Modbus_add_sel: the address the tool talks to
-    CtRatio,     // Combo_CT_Ratio
-    PtRatio,     // Combo_PT_Ratio
+    NewAddress,  // the address to write to the meter
+    TalkAddress, // the address the tool talks to
+    CtRatio,
+    PtRatio,
 };
 
 struct FieldCheck {
@@ -16,6 +17,9 @@ struct FieldCheck {
     QString message; // the error to show when refused
 };
 
-// Checks `text` for `field`: the whole text must be a number; its leading value must be in
-// the field's range; the address and CT ratio fields take whole numbers only.
+// Checks `text` for `field`: the whole text must be a number with one reading only (see
+// AmbiguousReading); its leading value must be in the field's range; the address and CT ratio
+// fields take whole numbers only.
 FieldCheck CheckTypedField(TypedField field, const QString& text);
+// The same range and whole-number rules for a value given as a number.
+FieldCheck CheckTypedNumber(TypedField field, double value);

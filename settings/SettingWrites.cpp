@@ -1,7 +1,7 @@
 #include "settings/SettingWrites.h"
 
-#include "connection/TextNumbers.h"
 #include "link/RtuFrames.h"
+#include "ports/TextNumbers.h"
 
 QByteArray RegisterWrite::Data() const
 {
@@ -9,31 +9,16 @@ QByteArray RegisterWrite::Data() const
 }
 
 namespace SettingWrites {
-namespace {
 
-RegisterWrite One(quint16 reg, qint16 value)
+std::optional<RegisterWrite> WholeNumber(quint16 reg, double value)
 {
-    return {reg, {quint16(value)}};
+    const auto whole = WholeNumber16(value);
+    return whole ? std::optional(RegisterWrite{reg, {quint16(*whole)}}) : std::nullopt;
 }
 
-} // namespace
-
-RegisterWrite ListCode(quint16 reg, int listIndex, int firstCode)
+std::optional<RegisterWrite> PtRatio1(double value)
 {
-    return One(reg, qint16(listIndex + firstCode));
-}
-
-std::optional<RegisterWrite> WholeNumber(quint16 reg, const QString& text)
-{
-    const auto whole = WholeNumberOf(text);
-    return whole ? std::optional(One(reg, *whole)) : std::nullopt;
-}
-
-std::optional<RegisterWrite> PtRatio1(const QString& text)
-{
-    const auto value = NumericValue(text);
-    const auto tenths = value ? WholeNumber16(10 * *value) : std::nullopt;
-    return tenths ? std::optional(One(SettingRegister::kPtRatio1, *tenths)) : std::nullopt;
+    return WholeNumber(SettingRegister::kPtRatio1, 10 * value);
 }
 
 RegisterWrite Clock(const QDateTime& now)
@@ -46,29 +31,14 @@ RegisterWrite Clock(const QDateTime& now)
              quint16(time.minute()), quint16(time.second()), quint16(date.dayOfWeek() % 7)}};
 }
 
-std::optional<RegisterWrite> DisplayItem(int positionIndex, const QString& itemText)
-{
-    return WholeNumber(quint16(SettingRegister::kDisplayItems + positionIndex), itemText);
-}
-
 RegisterWrite SerialDisplay(bool shownNow)
 {
-    return One(SettingRegister::kSerialDisplay, shownNow ? 0 : 1);
+    return {SettingRegister::kSerialDisplay, {quint16(shownNow ? 0 : 1)}};
 }
 
-RegisterWrite ClearKwh()
+std::optional<RegisterWrite> PtRatio2(double primary, double secondary)
 {
-    return One(SettingRegister::kClearKwh, kClearKwhCommand);
-}
-
-std::optional<RegisterWrite> PtRatio2(const QString& primary, const QString& secondary)
-{
-    const auto high = NumericValue(primary);
-    const auto low = NumericValue(secondary);
-    if (!high || !low)
-        return std::nullopt;
-    const double ratio = *high / *low;
-    const QByteArray single = Rtu::SingleToBytes(ratio);
+    const QByteArray single = Rtu::SingleToBytes(primary / secondary);
     if (single == QByteArray(4, '\0')) // zero, infinite (a secondary of 0) or not a number
         return std::nullopt;
     const auto word = [&single](int at) { return quint16(quint8(single[at]) << 8 | quint8(single[at + 1])); };

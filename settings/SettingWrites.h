@@ -17,6 +17,8 @@ inline constexpr quint16 kClearKwh = 0x1012;     // the command code 0x55 clears
 inline constexpr quint16 kPtRatio1 = 0x1021;     // tenths
 inline constexpr quint16 kCtRatio = 0x1022;
 inline constexpr quint16 kClock = 0x1023;        // year % 100, month, day, hour, minute, second, weekday
+inline constexpr quint16 kLpClear[] = {0x1033, 0x1042};   // the command code 0x33 clears a group's records
+inline constexpr quint16 kLpGroup[] = {0x1034, 0x1043};   // channel count, interval, one code per channel
 inline constexpr quint16 kScrollTime = 0x1050;   // seconds
 inline constexpr quint16 kSerialDisplay = 0x1051;
 inline constexpr quint16 kDisplayItems = 0x1052; // positions 1 to 50
@@ -33,32 +35,27 @@ struct RegisterWrite {
     friend bool operator==(const RegisterWrite&, const RegisterWrite&) = default;
 };
 
-// What each setting command writes, from the operator's choice. Nothing when the choice
-// cannot be written: a text that is no number, or one whose whole number does not fit the
-// signed 16-bit register.
+// The register values of the settings that need more than a number in one register.
 namespace SettingWrites {
 
 inline constexpr quint16 kClearKwhCommand = 0x55;
+inline constexpr quint16 kClearLpGroupCommand = 0x33;
 // The largest PT ratio 1 its register holds: 32767 tenths.
 inline constexpr double kPtRatio1Largest = 3276.7;
 
-// A list whose entries stand for codes from `firstCode` on: the entry's index + firstCode.
-RegisterWrite ListCode(quint16 reg, int listIndex, int firstCode);
-// The whole number of `text` (address, CT ratio).
-std::optional<RegisterWrite> WholeNumber(quint16 reg, const QString& text);
-// The whole number of 10 × the text's value: PT ratio 1 travels in tenths.
-std::optional<RegisterWrite> PtRatio1(const QString& text);
+// One register holding the whole number of `value` (halves to even); nothing when it does not
+// fit the signed 16-bit register.
+std::optional<RegisterWrite> WholeNumber(quint16 reg, double value);
+// The whole number of 10 × the value: PT ratio 1 travels in tenths.
+std::optional<RegisterWrite> PtRatio1(double value);
 // The PC's date and time in the meter's seven clock registers; Sunday is weekday 0.
 RegisterWrite Clock(const QDateTime& now);
-// The item code `itemText` at display position `positionIndex` + 1.
-std::optional<RegisterWrite> DisplayItem(int positionIndex, const QString& itemText);
 // 1 shows the serial number, 0 hides it again.
 RegisterWrite SerialDisplay(bool shownNow);
-RegisterWrite ClearKwh();
 
 // PT ratio 2 from the primary and secondary voltages: their ratio as a single over two
 // registers, the low-order one first, so that the data bytes are bytes 2, 3, 0, 1 of the
-// single. Nothing when either text is no number or the ratio is no finite, normal single.
-std::optional<RegisterWrite> PtRatio2(const QString& primary, const QString& secondary);
+// single. Nothing when the ratio is no finite, normal single.
+std::optional<RegisterWrite> PtRatio2(double primary, double secondary);
 
 } // namespace SettingWrites

@@ -1,25 +1,17 @@
 #include "settings/SettingsHistory.h"
 
-#include "link/RtuFrames.h"
+#include "settings/SettingTable.h"
 
-QString SettingsHistory::FailureText(TransactionOutcome outcome, quint8 exception)
+void SettingsHistory::Add(const SettingOutcome& outcome, const RegisterWrite& write, const MeterReading& before)
 {
-    if (outcome == TransactionOutcome::Abandoned)
-        return QStringLiteral("no reply: the line went away");
-    if (exception != 0)
-        return QStringLiteral("refused: exception %1 (%2)").arg(exception).arg(Rtu::ExceptionName(exception));
-    return QStringLiteral("no reply");
-}
-
-void SettingsHistory::Written(const QDateTime& at, SettingChange change)
-{
-    Add(at, change, kWaiting);
-    m_awaited.append({m_firstEntry + m_entries.size() - 1, 0, std::move(change.shownBy)});
-}
-
-void SettingsHistory::Ended(const QDateTime& at, const SettingChange& change, const QString& outcome)
-{
-    Add(at, change, outcome);
+    m_entries.append(outcome);
+    if (m_entries.size() > kKept)
+        m_entries.removeFirst();
+    if (outcome.Final())
+        emit settled(outcome);
+    else
+        m_awaited.append({outcome.id, 0, write, before});
+    emit changed();
 }
 
 void SettingsHistory::Observe(const MeterReading& reading)
@@ -27,10 +19,11 @@ void SettingsHistory::Observe(const MeterReading& reading)
     for (qsizetype i = m_awaited.size() - 1; i >= 0; --i) {
         Awaited& awaited = m_awaited[i];
         ++awaited.ticks;
-        if (awaited.shownBy(reading))
-            Settle(awaited.entry, kConfirmed);
+        const SettingOutcome* entry = Find(awaited.id);
+        if (entry && SpecOf(entry->setting).shows(reading, awaited.write, awaited.before))
+            Settle(awaited.id, SettingOutcome::Confirmed);
         else if (awaited.ticks >= kConfirmTicks)
-            Settle(awaited.entry, NotConfirmedText());
+            Settle(awaited.id, SettingOutcome::NotConfirmed);
         else
             continue;
         m_awaited.removeAt(i);
@@ -39,25 +32,32 @@ void SettingsHistory::Observe(const MeterReading& reading)
 
 void SettingsHistory::WentOffLine()
 {
-    for (const Awaited& awaited : std::as_const(m_awaited))
-        Settle(awaited.entry, QStringLiteral("not confirmed: the tool went off line"));
-    m_awaited.clear();
+    const QList<Awaited> awaited = std::exchange(m_awaited, {});
+    for (const Awaited& write : awaited)
+        Settle(write.id, SettingOutcome::OffLineUnconfirmed);
 }
 
-void SettingsHistory::Add(const QDateTime& at, const SettingChange& change, const QString& outcome)
+const SettingOutcome* SettingsHistory::Find(quint64 id) const
 {
-    m_entries.append({at, change.setting, change.from, change.to, outcome});
-    if (m_entries.size() > kKept) {
-        m_entries.removeFirst();
-        ++m_firstEntry;
+    for (const SettingOutcome& entry : m_entries) {
+        if (entry.id == id)
+            return &entry;
     }
-    emit changed();
+    return nullptr;
 }
 
-void SettingsHistory::Settle(qint64 entry, const QString& outcome)
+SettingOutcome* SettingsHistory::Entry(quint64 id)
 {
-    const qint64 index = entry - m_firstEntry;
-    if (index >= 0 && index < m_entries.size())
-        m_entries[index].outcome = outcome;
+    return const_cast<SettingOutcome*>(std::as_const(*this).Find(id));
+}
+
+void SettingsHistory::Settle(quint64 id, SettingOutcome::Result result)
+{
+    SettingOutcome* entry = Entry(id);
+    if (entry == nullptr)
+        return;
+    entry->result = result;
+    const SettingOutcome settledNow = *entry;
+    emit settled(settledNow);
     emit changed();
 }

@@ -4,7 +4,7 @@
 
 #include "sim/MeterRegisters.h"
 #include "sim/SimulatedMeterHost.h"
-#include "sim/TerminationSignals.h"
+#include "ports/TerminationSignals.h"
 #include "sim/WiringFault.h"
 
 #include <QCommandLineParser>
@@ -114,7 +114,7 @@ std::optional<Options> parse(const QCoreApplication& app, QString& error)
 
 int main(int argc, char* argv[])
 {
-    sim::TerminationSignals::block();
+    TerminationSignals::block();
     QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("qx5820-sim"));
     QTextStream err(stderr);
@@ -148,7 +148,7 @@ int main(int argc, char* argv[])
     }
     QTextStream(stdout) << started.path << Qt::endl;
 
-    sim::TerminationSignals termination;
-    QObject::connect(&termination, &sim::TerminationSignals::received, &app, &QCoreApplication::quit);
+    TerminationSignals termination;
+    QObject::connect(&termination, &TerminationSignals::received, &app, &QCoreApplication::quit);
     return app.exec();
 }

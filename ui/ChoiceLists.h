@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ports/StartUpLists.h"
+#include "ui/StartUpLists.h"
 
 #include <QStringList>
 

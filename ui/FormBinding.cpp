@@ -66,7 +66,7 @@ void FormBinding::ConnectConnectionControls()
             session.ChooseAddress(m_form.Combo_Modbus_add_sel->currentText());
     });
     connect(m_form.On_Line, &QPushButton::clicked, this,
-            [this] { session.On_Line_Click(m_form.Combo_Modbus_add_sel->currentText()); });
+            [this] { session.ToggleOnLine(m_form.Combo_Modbus_add_sel->currentText()); });
     connect(&session, &MeterSession::onLineChanged, this, &FormBinding::ShowOnLineState);
 }
 

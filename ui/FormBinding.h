@@ -1,6 +1,6 @@
 #pragma once
 
-#include "connection/MeterSession.h"
+#include "session/MeterSession.h"
 #include "ports/Clock.h"
 #include "ui/ComboIntervalLists.h"
 #include "ui/LeaveChecks.h"

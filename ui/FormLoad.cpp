@@ -1,10 +1,10 @@
 #include "ui/MainForm.h"
 
 #include "connection/PortCatalog.h"
-#include "ports/StartUpLists.h"
+#include "ui/StartUpLists.h"
 #include "ui/ChoiceLists.h"
 #include "ui/PortListBinding.h"
-#include "connection/MeterSession.h"
+#include "session/MeterSession.h"
 #include "ui/Legends.h"
 
 #include <QComboBox>

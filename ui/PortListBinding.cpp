@@ -1,6 +1,6 @@
 #include "ui/PortListBinding.h"
 
-#include "connection/MeterSession.h"
+#include "session/MeterSession.h"
 #include "ports/OperatorPrompts.h"
 #include "ui/PortComboBox.h"
 

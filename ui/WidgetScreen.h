@@ -1,7 +1,7 @@
 #pragma once
 
-#include "ports/OperatorChoices.h"
-#include "ports/Screen.h"
+#include "ui/OperatorChoices.h"
+#include "ui/Screen.h"
 
 #include <QHash>
 

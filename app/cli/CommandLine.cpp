@@ -1,7 +1,7 @@
 #include "app/cli/CommandLine.h"
 
 #include "app/cli/ExitCodes.h"
-#include "ports/StartUpLists.h"
+#include "ports/MeterChoices.h"
 
 #include <QTextStream>
 

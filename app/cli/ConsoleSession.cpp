@@ -3,7 +3,7 @@
 #include "app/cli/ExitCodes.h"
 #include "connection/PortCatalog.h"
 #include "sim/SimulatedMeterHost.h"
-#include "sim/TerminationSignals.h"
+#include "ports/TerminationSignals.h"
 
 #include <QEventLoop>
 
@@ -58,12 +58,12 @@ bool ConsolePrompts::Confirm(const QString& caption, const QString& question)
 }
 
 ConsoleSession::ConsoleSession(const LineOptions& line)
-    : m_line(line), m_termination(std::make_unique<sim::TerminationSignals>())
+    : m_line(line), m_termination(std::make_unique<TerminationSignals>())
 {
     // The lists as a run starts, ready for a command's choices before it goes on line.
     screen.FillStartUpLists();
     m_session = std::make_unique<MeterSession>(SessionPorts{screen, screen, prompts, m_lists, m_clock});
-    QObject::connect(m_termination.get(), &sim::TerminationSignals::received, [this] {
+    QObject::connect(m_termination.get(), &TerminationSignals::received, [this] {
         m_interrupted = true;
         Wake();
     });
@@ -103,7 +103,7 @@ int ConsoleSession::GoOnLine()
     m_session->ChooseAddress(address);
     m_session->connection.link.replyTimeoutMs = m_line.replyTimeoutMs;
 
-    m_session->On_Line_Click(address);
+    m_session->ToggleOnLine(address);
     if (m_session->connection.bOnLine.isTrue())
         return kExitOk;
     return Fail(kExitPortUnusable, OffLineReason());

@@ -1,12 +1,12 @@
 #pragma once
 
 #include "app/cli/CommandLine.h"
-#include "connection/MeterSession.h"
+#include "session/MeterSession.h"
 #include "measure/MeterReading.h"
 #include "ports/Clock.h"
 #include "ports/IntervalLists.h"
 #include "ports/OperatorPrompts.h"
-#include "ports/TextScreen.h"
+#include "ui/TextScreen.h"
 
 #include <QStringList>
 
@@ -18,7 +18,6 @@ class QEventLoop;
 
 namespace sim {
 class SimulatedMeterHost;
-class TerminationSignals;
 }
 
 // The operator's answers, given on the command line before the session starts: a question
@@ -94,7 +93,7 @@ private:
     SystemClock m_clock;
     std::unique_ptr<sim::SimulatedMeterHost> m_simulator;
     std::unique_ptr<MeterSession> m_session;
-    std::unique_ptr<sim::TerminationSignals> m_termination;
+    std::unique_ptr<TerminationSignals> m_termination;
     QEventLoop* m_wait = nullptr;
     bool m_interrupted = false;
 };

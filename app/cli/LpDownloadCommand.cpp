@@ -5,7 +5,7 @@
 #include "app/cli/ConsoleSession.h"
 #include "app/cli/ExitCodes.h"
 #include "app/cli/LpProgress.h"
-#include "app/cli/LpProgressRecord.h"
+#include "loadprofile/LpProgressRecord.h"
 #include "loadprofile/LpCsvFile.h"
 
 #include <QDir>

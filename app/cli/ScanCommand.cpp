@@ -9,7 +9,7 @@
 #include "link/WatchedFlag.h"
 #include "measure/ReadingFields.h"
 #include "sim/SimulatedMeterHost.h"
-#include "sim/TerminationSignals.h"
+#include "ports/TerminationSignals.h"
 
 #include <QTextStream>
 
@@ -36,7 +36,7 @@ class Scanner {
 public:
     Scanner(const LineOptions& line, QTextStream& out) : m_line(line), m_out(out), m_link(m_port, m_onLine)
     {
-        QObject::connect(&m_termination, &sim::TerminationSignals::received, [this] {
+        QObject::connect(&m_termination, &TerminationSignals::received, [this] {
             m_interrupted = true;
             m_onLine.set(false); // ends the wait under way
         });
@@ -109,7 +109,7 @@ private:
     PortTransport m_port;
     WatchedFlag m_onLine;
     RegisterLink m_link;
-    sim::TerminationSignals m_termination;
+    TerminationSignals m_termination;
     bool m_interrupted = false;
     const bool m_progress = isatty(STDERR_FILENO) != 0;
 };

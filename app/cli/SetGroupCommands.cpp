@@ -6,7 +6,7 @@
 #include "app/cli/CommandLine.h"
 #include "app/cli/ConsoleSession.h"
 #include "app/cli/ExitCodes.h"
-#include "connection/TextNumbers.h"
+#include "ports/TextNumbers.h"
 #include "loadprofile/LpCsvFile.h"
 
 #include <QTextStream>

@@ -2,7 +2,7 @@
 // window, without one: the same lists, checks, messages and pacing.
 #include "app/cli/Commands.h"
 #include "app/cli/ExitCodes.h"
-#include "sim/TerminationSignals.h"
+#include "ports/TerminationSignals.h"
 
 #include <QCoreApplication>
 #include <QTextStream>
@@ -47,7 +47,7 @@ QString Overview()
 int main(int argc, char* argv[])
 {
     // Before any thread starts: Ctrl-C then reaches the event loop, and a command stops in order.
-    sim::TerminationSignals::block();
+    TerminationSignals::block();
     QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("qx5820"));
     QCoreApplication::setApplicationVersion(QStringLiteral("1.0"));

@@ -28,15 +28,15 @@ private slots:
     void anEmptyAddressIsRefusedBeforeAnythingElse()
     {
         useThePty();
-        m_connection->On_Line_Click(QString());
+        m_connection->ToggleOnLine(QString());
         QCOMPARE(m_prompts.errors, QStringList{QStringLiteral("No Address！")});
         QVERIFY(!m_connection->port.isOpen());
 
         // Even on line, the check comes first: the button cannot end the connection then.
-        m_connection->On_Line_Click(QStringLiteral("15"));
+        m_connection->ToggleOnLine(QStringLiteral("15"));
         QVERIFY(m_connection->bOnLine.isTrue());
         QVERIFY(m_connection->Timer1Sec.isActive());
-        m_connection->On_Line_Click(QString());
+        m_connection->ToggleOnLine(QString());
         QVERIFY(m_connection->bOnLine.isTrue());
         QVERIFY(m_connection->port.isOpen());
     }
@@ -53,10 +53,10 @@ private slots:
     {
         QFETCH(int, listIndex);
         QFETCH(QString, settings);
-        m_connection->Combo_CommPort_Click(listIndex);
+        m_connection->ChoosePortIndex(listIndex);
         m_connection->SetSettings(settings);
         QSignalSpy changes(m_connection.get(), &Connection::onLineChanged);
-        m_connection->On_Line_Click(QStringLiteral("15"));
+        m_connection->ToggleOnLine(QStringLiteral("15"));
         QCOMPARE(m_prompts.errors, QStringList{QStringLiteral("Comm Port Error！")});
         QCOMPARE(m_connection->bOnLine.value(), kFalse);
         QVERIFY(!m_connection->Timer1Sec.isActive());
@@ -67,7 +67,7 @@ private slots:
     void unusableSettingsWhileOnLineAreAPortError()
     {
         useThePty();
-        m_connection->On_Line_Click(QStringLiteral("15"));
+        m_connection->ToggleOnLine(QStringLiteral("15"));
         m_connection->SetSettings(QStringLiteral("9600,n,8,2"));
         QVERIFY(m_connection->bOnLine.isTrue());
         m_connection->SetSettings(QStringLiteral("9600,q,8,2"));
@@ -113,7 +113,7 @@ private slots:
     void aVanishingPortTakesTheToolOffLine()
     {
         useThePty();
-        m_connection->On_Line_Click(QStringLiteral("15"));
+        m_connection->ToggleOnLine(QStringLiteral("15"));
         QVERIFY(m_connection->bOnLine.isTrue());
         // A transaction is waiting for its reply when the device disappears.
         QSignalSpy changes(m_connection.get(), &Connection::onLineChanged);
@@ -146,7 +146,7 @@ private:
     {
         if (!m_pair->error().isEmpty())
             QSKIP(qPrintable(m_pair->error()));
-        m_connection->Combo_CommPort_Click(15); // the first port after the numbered ones
+        m_connection->ChoosePortIndex(15); // the first port after the numbered ones
     }
 
     std::unique_ptr<PtyPair> m_pair;

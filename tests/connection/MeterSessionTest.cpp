@@ -117,7 +117,7 @@ private slots:
         QCOMPARE(poll().pending.bPendingWiring, kFalse);
         QVERIFY(m_on->screen.texts["txt_OffLineReason"].endsWith("1 pending command was dropped, not sent."));
 
-        m_on->session->On_Line_Click(QStringLiteral("15"));
+        m_on->session->ToggleOnLine(QStringLiteral("15"));
         m_on->session->connection.Timer1Sec.stop();
         poll().Timer1Sec_Timer();
         QCOMPARE(m_served, QStringList{"time"});
@@ -129,9 +129,9 @@ private slots:
         recordServing(&PendingCommands::bPendingClearKwh, "clear kWh");
         poll().pending.bPendingClearKwh = kTrue;
         poll().pending.bPendingPtRatio2 = kTrue;
-        m_on->session->On_Line_Click(QStringLiteral("15"));
+        m_on->session->ToggleOnLine(QStringLiteral("15"));
         QCOMPARE(m_on->screen.texts["Text6"], "2 pending commands were dropped, not sent.");
-        m_on->session->On_Line_Click(QStringLiteral("15"));
+        m_on->session->ToggleOnLine(QStringLiteral("15"));
         m_on->session->connection.Timer1Sec.stop();
         poll().Timer1Sec_Timer();
         QVERIFY(m_served.isEmpty());

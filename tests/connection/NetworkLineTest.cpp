@@ -137,7 +137,7 @@ private slots:
         QVERIFY(full.ok);
         const QString address = listening ? full.address : RefusingAddress();
         QSignalSpy changes(&connectTo(address), &Connection::onLineChanged);
-        m_connection->On_Line_Click(QStringLiteral("15"));
+        m_connection->ToggleOnLine(QStringLiteral("15"));
         QCOMPARE(m_prompts.errors, QStringList{QStringLiteral("Comm Port Error！")});
         QCOMPARE(changes.size(), 1);
         QCOMPARE(changes.first().at(1).toString(), QStringLiteral("Comm Port Error: %1: %2").arg(address, detail));
@@ -160,15 +160,15 @@ private slots:
         QVERIFY(full.ok);
         QSignalSpy changes(&connectTo(full.address), &Connection::onLineChanged);
         QTimer::singleShot(100, this, [&] {
-            m_connection->On_Line_Click(QStringLiteral("15"));
+            m_connection->ToggleOnLine(QStringLiteral("15"));
             if (!clickedAgain)
                 return;
             full.admit();
-            m_connection->On_Line_Click(QStringLiteral("15"));
+            m_connection->ToggleOnLine(QStringLiteral("15"));
         });
         QElapsedTimer clock;
         clock.start();
-        m_connection->On_Line_Click(QStringLiteral("15"));
+        m_connection->ToggleOnLine(QStringLiteral("15"));
         QCOMPARE_LT(clock.elapsed(), TcpTransport::kConnectTimeoutMs / 2); // ended by the click, not the time-out
         QVERIFY(m_prompts.errors.isEmpty());
         QCOMPARE(changes.size(), clickedAgain ? 2 : 1);
@@ -194,7 +194,7 @@ private:
         m_connection = std::make_unique<Connection>(m_prompts);
         QList<PortEntry> entries = PortCatalog::Build({});
         QString error;
-        m_connection->Combo_CommPort_Click(PortCatalog::Locate(entries, address, &error).value_or(0));
+        m_connection->ChoosePortIndex(PortCatalog::Locate(entries, address, &error).value_or(0));
         m_connection->SetPortEntries(entries);
         m_connection->SetSettings(QStringLiteral("19200,n,8,1"));
         return *m_connection;

@@ -96,7 +96,7 @@ private slots:
         QCOMPARE(m_on->screen.Text("Combo_LP_Start_No"), QString::number(valid));
         QCOMPARE(m_on->screen.Text("Combo_LP_Stop_No"), "1");
 
-        session().On_Line_Click(QStringLiteral("15")); // off line
+        session().ToggleOnLine(QStringLiteral("15")); // off line
         choose(1, 1);
         download().Command8_Click();
         QCOMPARE(m_on->screen.texts["Text6"], "Communication Failure");
@@ -228,7 +228,7 @@ private slots:
             if (download().bLpDownloadActive == kFalse)
                 break;
             QVERIFY(!session().connection.bOnLine.isTrue());
-            session().On_Line_Click(QStringLiteral("15"));
+            session().ToggleOnLine(QStringLiteral("15"));
             QVERIFY(session().connection.bOnLine.isTrue());
         }
         faultAt = 0;

@@ -2,7 +2,7 @@
 
 #include "TestLists.h"
 #include "RecordingPrompts.h"
-#include "connection/MeterSession.h"
+#include "session/MeterSession.h"
 #include "sim/SimulatedMeterHost.h"
 
 #include <QDateTime>
@@ -32,10 +32,10 @@ inline bool GoOnLineTo(sim::SimulatedMeterHost& meter, Connection& connection)
 {
     connection.SetPortEntries(PortCatalog::Build({}));
     connection.simulatedMeterDevice = meter.deviceSource();
-    connection.Combo_CommPort_Click(PortCatalog::kNumberedPorts); // the simulated meter
+    connection.ChoosePortIndex(PortCatalog::kNumberedPorts); // the simulated meter
     connection.SetSettings(QStringLiteral("19200,n,8,1"));
     connection.link.ModbusAddress = 15;
-    connection.On_Line_Click(QStringLiteral("15"));
+    connection.ToggleOnLine(QStringLiteral("15"));
     connection.Timer1Sec.stop();
     return connection.bOnLine.isTrue();
 }

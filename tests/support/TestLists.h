@@ -2,7 +2,7 @@
 
 #include "ports/Clock.h"
 #include "ports/IntervalLists.h"
-#include "ports/TextScreen.h"
+#include "ui/TextScreen.h"
 
 #include <QStringList>
 

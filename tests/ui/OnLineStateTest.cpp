@@ -1,6 +1,6 @@
 // The window going on line and off line: what start-up selected, the faces of both states,
 // the controls that follow them, port errors, and closing the window while the line is busy.
-#include "connection/MeterSession.h"
+#include "session/MeterSession.h"
 #include "sim/SimulatedMeterHost.h"
 #include "ui/MainForm.h"
 

@@ -1,6 +1,6 @@
 // The window's port list: the "Network..." entry, the list found again as it opens, and the
 // options the program starts the window with.
-#include "connection/MeterSession.h"
+#include "session/MeterSession.h"
 #include "ui/MainForm.h"
 #include "ui/PortListBinding.h"
 #include "ui/WindowOptions.h"

@@ -1,7 +1,7 @@
 // The "Meter Settig" tab against the simulated meter on a paced line: the meter's address and
 // then its baud rate changed through the buttons while polling goes on, what the meter holds
 // shown beside each setting, the history, the checks of typed fields and the item lists.
-#include "connection/MeterSession.h"
+#include "session/MeterSession.h"
 #include "sim/SimulatedMeterHost.h"
 #include "ui/MainForm.h"
 

@@ -1,5 +1,5 @@
 // The one set of rules by which the tool reads numbers the operator typed or picked.
-#include "connection/TextNumbers.h"
+#include "ports/TextNumbers.h"
 
 #include <QLocale>
 #include <QTest>

@@ -5,8 +5,6 @@
 
 #include <memory>
 
-namespace sim {
-
 // Turns SIGINT and SIGTERM into a Qt signal, so that the program leaves its event loop and
 // shuts down in order. The signals are blocked and read from a signalfd by the event loop.
 class TerminationSignals : public QObject {
@@ -29,4 +27,3 @@ private:
     std::unique_ptr<QSocketNotifier> m_notifier;
 };
 
-} // namespace sim

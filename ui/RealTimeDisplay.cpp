@@ -1,8 +1,8 @@
-#include "measure/RealTimeDisplay.h"
+#include "ui/RealTimeDisplay.h"
 
 #include "measure/DisplayItemNames.h"
 #include "measure/FixedFormat.h"
-#include "ports/Screen.h"
+#include "ui/Screen.h"
 
 #include <iterator>
 

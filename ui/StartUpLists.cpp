@@ -1,12 +1,11 @@
-#include "ports/StartUpLists.h"
+#include "ui/StartUpLists.h"
+
+#include "ports/MeterChoices.h"
 
 namespace {
 
 const QStringList kGroups{QStringLiteral("1"), QStringLiteral("2")};
-const QStringList kLpIntervals{QStringLiteral("1"), QStringLiteral("5"), QStringLiteral("10"),
-                               QStringLiteral("15"), QStringLiteral("30"), QStringLiteral("60")};
 constexpr int kLpIntervalIndex15 = 3;
-constexpr int kLpChannelCodes = 14;
 constexpr int kDefaultAddressIndex = 14; // address 15
 
 // A group's lists: channel count, interval, then one code list per channel; a code list's
@@ -15,9 +14,9 @@ void AddLpGroup(QList<StartUpList>& lists, const char* array, int maxChannels, i
 {
     const auto element = [array](int k) { return QStringLiteral("%1(%2)").arg(QLatin1String(array)).arg(k); };
     lists.append({element(0), NumberTexts(1, maxChannels), channels - 1});
-    lists.append({element(1), kLpIntervals, kLpIntervalIndex15});
+    lists.append({element(1), LpIntervalTexts(), kLpIntervalIndex15});
     for (int k = 0; k < codes.size(); ++k)
-        lists.append({element(2 + k), NumberTexts(1, kLpChannelCodes), codes[k] - 1});
+        lists.append({element(2 + k), LpChannelCodeTexts(), codes[k] - 1});
 }
 
 QList<StartUpList> Build()
@@ -31,9 +30,9 @@ QList<StartUpList> Build()
     AddLpGroup(lists, "Combo_G1_Setting", 12, 8, {1, 2, 3, 4, 5, 7, 9, 11, 6, 8, 10, 12});
     AddLpGroup(lists, "Combo_G2_Setting", 8, 4, {6, 12, 13, 14, 1, 2, 3, 4});
     lists.append({QStringLiteral("Combo_LP_Read_Group_Sel"), kGroups, 0});
-    lists.append({QStringLiteral("Combo_Display_Ser_sel"), NumberTexts(1, 50), 0});
-    lists.append({QStringLiteral("Combo_Display_Item_sel"), NumberTexts(0, 10) + QStringList{QStringLiteral("12")} + NumberTexts(101, 140), 1});
-    lists.append({QStringLiteral("Combo1"), NumberTexts(3, 15), 0});
+    lists.append({QStringLiteral("Combo_Display_Ser_sel"), DisplayPositionTexts(), 0});
+    lists.append({QStringLiteral("Combo_Display_Item_sel"), DisplayItemTexts(), 1});
+    lists.append({QStringLiteral("Combo1"), ScrollTimeTexts(), 0});
     lists.append({QStringLiteral("Combo_PT_Ratio"), {QStringLiteral("1"), QStringLiteral("2"), QStringLiteral("5"), QStringLiteral("10")}, 0});
     lists.append({QStringLiteral("Combo_CT_Ratio"), {QStringLiteral("1"), QStringLiteral("2"), QStringLiteral("100"), QStringLiteral("200")}, 0});
     lists.append({QStringLiteral("Combo4"), NumberTexts(1, 4), 0});
@@ -47,35 +46,6 @@ QList<StartUpList> Build()
 }
 
 } // namespace
-
-QStringList NumberTexts(int first, int last)
-{
-    QStringList texts;
-    for (int n = first; n <= last; ++n)
-        texts.append(QString::number(n));
-    return texts;
-}
-
-QStringList BaudRateTexts()
-{
-    return {QStringLiteral("9600"), QStringLiteral("19200")};
-}
-
-QStringList StopBitTexts()
-{
-    return {QStringLiteral("1"), QStringLiteral("2")};
-}
-
-QStringList AddressTexts()
-{
-    return NumberTexts(1, 247);
-}
-
-QStringList WiringTexts()
-{
-    return {QStringLiteral("Auto"), QStringLiteral("1P2W"), QStringLiteral("1P3W"),
-            QStringLiteral("3P3W 2CT"), QStringLiteral("3P3W 3CT"), QStringLiteral("3P4W")};
-}
 
 const QList<StartUpList>& StartUpLists()
 {

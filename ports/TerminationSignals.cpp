@@ -1,10 +1,9 @@
-#include "sim/TerminationSignals.h"
+#include "ports/TerminationSignals.h"
 
 #include <csignal>
 #include <sys/signalfd.h>
 #include <unistd.h>
 
-namespace sim {
 namespace {
 
 sigset_t terminationSet()
@@ -51,4 +50,3 @@ void TerminationSignals::drain()
         emit received();
 }
 
-} // namespace sim

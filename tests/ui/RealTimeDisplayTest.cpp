@@ -3,7 +3,7 @@
 #include "TestLists.h"
 #include "measure/PollPlan.h"
 #include "measure/ReadingDecoding.h"
-#include "measure/RealTimeDisplay.h"
+#include "ui/RealTimeDisplay.h"
 
 #include <QTest>
 

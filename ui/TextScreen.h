@@ -1,8 +1,8 @@
 #pragma once
 
-#include "ports/OperatorChoices.h"
-#include "ports/Screen.h"
-#include "ports/StartUpLists.h"
+#include "ui/OperatorChoices.h"
+#include "ui/Screen.h"
+#include "ui/StartUpLists.h"
 
 #include <QMap>
 #include <QStringList>

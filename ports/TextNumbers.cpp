@@ -1,4 +1,4 @@
-#include "connection/TextNumbers.h"
+#include "ports/TextNumbers.h"
 
 #include <QLocale>
 #include <QRegularExpression>
@@ -24,6 +24,20 @@ std::optional<double> NumericValue(const QString& text)
             return std::isfinite(value) ? std::optional<double>(value) : std::nullopt;
     }
     return std::nullopt;
+}
+
+QString AmbiguousReading(const QString& text)
+{
+    const QString trimmed = text.trimmed();
+    const QLocale pc;
+    bool grouped = false;
+    const double pcValue = pc.toDouble(trimmed, &grouped);
+    const std::optional<double> taken = NumericValue(trimmed);
+    if (!grouped || !taken || pcValue == *taken)
+        return QString();
+    return QStringLiteral("\"%1\" reads %2 in this PC's number format (%3) but %4 with a decimal point: "
+                          "type the number without a thousands separator")
+        .arg(trimmed, QLocale::c().toString(pcValue, 'g', 15), pc.name(), QLocale::c().toString(*taken, 'g', 15));
 }
 
 std::optional<qint16> WholeNumber16(double value)

@@ -22,6 +22,12 @@ double LeadingValue(const QString& text);
 // The leading value above stays locale-free, so "120,5" leads with 120 under every locale.
 std::optional<double> NumericValue(const QString& text);
 
+// Why `text` cannot be taken as a number although it reads as one: the PC's locale, whose
+// point groups thousands, reads "2.000" as 2000 while the decimal point makes it 2. Empty when
+// the text has one reading only. The message shows both readings, so that the operator types
+// the number the meter should get without a group separator.
+QString AmbiguousReading(const QString& text);
+
 // `value` rounded to the nearest whole number, halves to even (2.5 gives 2, 3.5 gives 4), as
 // the signed 16-bit register value the meter takes; nothing when it does not fit.
 std::optional<qint16> WholeNumber16(double value);

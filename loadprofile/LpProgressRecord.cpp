@@ -1,4 +1,4 @@
-#include "app/cli/LpProgressRecord.h"
+#include "loadprofile/LpProgressRecord.h"
 
 #include "loadprofile/LpCsvFile.h"
 
