@@ -147,7 +147,7 @@ Figures Download(BenchSession& on, int group, int n, StepTimes& steps)
     });
     on.choose(group, 1, n);
     clock.start();
-    on.download().Command8_Click();
+    on.Start();
     if (on.download().bLpDownloadActive != kFalse) {
         guard.start(5000);
         loop.exec();

@@ -24,10 +24,10 @@
 
 // A whole meter session without a window, its download writing under `folder`.
 struct BenchSession {
-    BenchSession(sim::SimulatedMeterHost& meter, const QString& folder, int group = 1) : meter(meter)
+    BenchSession(sim::SimulatedMeterHost& meter, const QString& folder, int group = 1) : meter(meter), group(group)
     {
-        screen.SetText(QStringLiteral("Combo_LP_Read_Group_Sel"), QString::number(group));
-        session = std::make_unique<MeterSession>(SessionPorts{screen, screen, prompts, lists, clock});
+        session = std::make_unique<MeterSession>(SessionPorts{prompts, lists, clock});
+        session->numberLists.ChooseGroup(group - 1);
         session->download.programFolder = folder;
         session->download.documentsFolder = QString();
     }
@@ -50,16 +50,21 @@ struct BenchSession {
 
     void choose(int group, int start, int stop)
     {
-        screen.SetText(QStringLiteral("Combo_LP_Read_Group_Sel"), QString::number(group));
-        screen.SetText(QStringLiteral("Combo_LP_Start_No"), QString::number(start));
-        screen.SetText(QStringLiteral("Combo_LP_Stop_No"), QString::number(stop));
+        this->group = group;
+        first = start;
+        last = stop;
+        session->numberLists.ChooseGroup(group - 1);
     }
+    // "Read and Save" with the range chosen.
+    LpStart Start() { return session->download.Start(group - 1, first, last); }
 
     LpDownload& download() { return session->download; }
     bool onLine() const { return session->connection.bOnLine.isTrue(); }
 
     sim::SimulatedMeterHost& meter;
-    TextScreen screen;
+    int group = 1;
+    int first = 1;
+    int last = 1;
     RecordingPrompts prompts;
     RecordingLists lists;
     FixedClock clock;

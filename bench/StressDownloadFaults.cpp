@@ -105,7 +105,7 @@ bool Run(sim::SimulatedMeterHost& meter, const QString& folder, QRandomGenerator
     };
 
     arm();
-    download.Command8_Click();
+    on.Start();
     bool ended = false;
     for (int resumed = 0; resumed <= kResumeLimit; ++resumed) {
         if (!RunUntil([&] { return !download.Timer_RS_Lpf.isActive(); }, kStepWaitMs))
@@ -125,7 +125,7 @@ bool Run(sim::SimulatedMeterHost& meter, const QString& folder, QRandomGenerator
         if (!on.onLine())
             continue;
         arm();
-        download.Command8_Click();
+        on.Start();
     }
     faultAt = 0;
     totals.questions += on.prompts.questions.size();
@@ -135,7 +135,7 @@ bool Run(sim::SimulatedMeterHost& meter, const QString& folder, QRandomGenerator
         ++totals.stuckRuns;
         std::fprintf(stderr, "run %lld: the download of %d..%d never ended (at interval %d, %s)\n",
                      static_cast<long long>(totals.runs), first, last, download.LpCurrentIndex + 1,
-                     qPrintable(on.screen.texts.value(QStringLiteral("Text6"))));
+                     qPrintable(on.session->Status()));
         return false;
     }
 

@@ -1,18 +1,12 @@
 #include "loadprofile/LpNumberLists.h"
 
-#include "connection/PollCycle.h"
 #include "connection/StatusLine.h"
 #include "measure/MeterReading.h"
 #include "ports/IntervalLists.h"
 
-LpNumberLists::LpNumberLists(PollCycle& poll, IntervalLists& lists, StatusLine& status, QObject* parent)
+LpNumberLists::LpNumberLists(IntervalLists& lists, StatusLine& status, QObject* parent)
     : QObject(parent), m_lists(lists), m_status(status)
 {
-    connect(&poll, &PollCycle::blockRead, this, [this](MeterReading::Block block, const MeterReading& reading) {
-        if (block == MeterReading::RealTimeImage)
-            WarnIfListsWillChange(reading);
-    });
-    connect(&poll, &PollCycle::intervalCountsDue, this, &LpNumberLists::RefreshLpNumberLists);
 }
 
 qint32 LpNumberLists::ValidIntervals(const MeterReading& reading) const

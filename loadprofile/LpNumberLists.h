@@ -3,12 +3,11 @@
 #include <QObject>
 
 class IntervalLists;
-class PollCycle;
 class StatusLine;
 struct MeterReading;
 
 // Keeps the download's start and stop lists equal to "1" up to the number of valid
-// intervals of the chosen group, following the poll's readings. The lists are rebuilt only
+// intervals of the chosen group, as the poll's readings report it. The lists are rebuilt only
 // when that number falls (a group was cleared); when it grows, only the new numbers are
 // appended, so the operator's choice stays in place. Nothing is touched while the number is
 // unchanged.
@@ -18,7 +17,7 @@ public:
     // Counts that grow by more than this disable the lists while they are filled.
     static constexpr qint32 kLongAppend = 10;
 
-    LpNumberLists(PollCycle& poll, IntervalLists& lists, StatusLine& status, QObject* parent = nullptr);
+    LpNumberLists(IntervalLists& lists, StatusLine& status, QObject* parent = nullptr);
 
     // The group chosen for download: 0 or 1. Choosing another keeps the lists as they are
     // until the next refresh compares its count.

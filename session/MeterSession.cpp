@@ -5,7 +5,7 @@ MeterSession::MeterSession(const SessionPorts& ports, QObject* parent)
       connection(ports.prompts),
       poll(connection, ports.clock),
       settings(connection, poll, ports.clock),
-      numberLists(poll, ports.intervalLists, connection.status),
+      numberLists(ports.intervalLists, connection.status),
       download(connection, poll, ports.prompts, ports.clock),
       traffic(ports.clock),
       freshness(connection, poll)
@@ -14,6 +14,12 @@ MeterSession::MeterSession(const SessionPorts& ports, QObject* parent)
     connect(&connection.link, &RegisterLink::requestEcho, this, &MeterSession::requestEcho);
     connect(&connection.link, &RegisterLink::frame, &traffic, &TrafficLog::Add);
     connect(&poll, &PollCycle::tickEnded, &traffic, &TrafficLog::NoteTick);
+    // The interval lists follow each new count of valid intervals, and warn just before.
+    connect(&poll, &PollCycle::blockRead, &numberLists, [this](MeterReading::Block block, const MeterReading& reading) {
+        if (block == MeterReading::RealTimeImage)
+            numberLists.WarnIfListsWillChange(reading);
+    });
+    connect(&poll, &PollCycle::intervalCountsDue, &numberLists, &LpNumberLists::RefreshLpNumberLists);
     connect(&connection, &Connection::onLineChanged, this, [this](bool onLine, const QString& reason) {
         if (onLine)
             m_offLineReason.clear();

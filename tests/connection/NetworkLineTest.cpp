@@ -78,10 +78,7 @@ private slots:
         QVERIFY(beginSession());
         QVERIFY(connection().port.Device().startsWith(QLatin1String("tcp://127.0.0.1:")));
         QSignalSpy readings(&m_on->session->poll, &PollCycle::readingTaken);
-        m_on->screen.Fill(QStringLiteral("Combo_Modbus_BaudRate"), {QStringLiteral("9600"), QStringLiteral("19200")}, 0);
-        m_on->screen.Fill(QStringLiteral("Combo_BaudRate_Sel"), {QStringLiteral("9600"), QStringLiteral("19200")}, 1);
-        m_on->screen.Fill(QStringLiteral("Combo_StopBit"), {QStringLiteral("1"), QStringLiteral("2")}, 0);
-        m_on->session->settings.Cmd_Modbus_BaudRate_Click();
+        m_on->session->settings.Request(Setting::BaudRate, {{9600}});
         m_on->session->poll.Timer1Sec_Timer();
         m_on->session->poll.Timer1Sec_Timer();
         QCOMPARE(m_on->meter->holding(0x1001), quint16(1)); // 9600
@@ -109,8 +106,8 @@ private slots:
             m_on->meter->injectFault(Fault::noReply());
             QTimer::singleShot(100, this, [this] { m_on->meter->stop(); });
             connection().link.ResetRxData();
-            QCOMPARE(connection().link.ReadRegisters(connection().link.ModbusAddress, Rtu::kReadHolding, 0x1000, 10),
-                     TransactionOutcome::Abandoned);
+            QCOMPARE(connection().link.ReadRegisters(connection().link.ModbusAddress, Rtu::kReadHolding, 0x1000, 10).kind,
+                 TransactionResult::Abandoned);
         } else {
             m_on->meter->stop();
         }

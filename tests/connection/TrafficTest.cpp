@@ -140,12 +140,10 @@ private slots:
     // screen shows the last good reading's and says when it was taken.
     void valuesGoStaleOffLineOrAfterAFailedTick()
     {
-        TextScreen screen;
         RecordingPrompts prompts;
-        RecordingLists lists;
         FixedClock clock;
         Connection connection(prompts);
-        PollCycle poll(connection, screen, lists, clock);
+        PollCycle poll(connection, clock);
         ReadingFreshness freshness(connection, poll);
         MeterReading reading;
         reading.takenAt = QDateTime(QDate(2026, 11, 16), QTime(13, 5, 7));

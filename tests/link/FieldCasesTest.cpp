@@ -23,8 +23,8 @@ private slots:
         QFETCH(Answer, answer);
         LinkOnFakeLine f;
         f.line.script << answer << Reply(f.BlockReply(20, 0x0200));
-        QCOMPARE(f.read(0x1000, 20), TransactionOutcome::Good);
-        QCOMPARE(f.read(0x1000, 20), TransactionOutcome::Good);
+        QCOMPARE(f.read(0x1000, 20).kind, TransactionResult::Good);
+        QCOMPARE(f.read(0x1000, 20).kind, TransactionResult::Good);
         QCOMPARE(f.link.RxData, f.Block(20, 0x0200));
         FakeLine::Time lastByte = f.line.sent[0].at + f.line.wireTime(f.line.sent[0].frame.size());
         for (const FakeLine::Piece& piece : answer)
@@ -52,9 +52,9 @@ private slots:
         f.line.script << Reply(f.BlockReply(20, 0x0A00), 2100ms)
                       << Reply(f.BlockReply(20, 0x0A00), 8ms + (afterTheRetryCrossed ? f.line.wireTime(8) : 0ns))
                       << Reply(f.BlockReply(20, 0x0B00));
-        QCOMPARE(f.read(0x1021, 20), TransactionOutcome::Good);
+        QCOMPARE(f.read(0x1021, 20).kind, TransactionResult::Good);
         QCOMPARE(f.link.RxData, f.Block(20, 0x0A00));
-        QCOMPARE(f.read(0x4492, 20), TransactionOutcome::Good);
+        QCOMPARE(f.read(0x4492, 20).kind, TransactionResult::Good);
         QCOMPARE(f.link.RxData, f.Block(20, 0x0B00));
     }
 
@@ -83,11 +83,11 @@ private slots:
         f.line.echoes = adapter;
         f.line.script << answer;
         const quint8 function = quint8(request[1]);
-        const TransactionOutcome outcome = function == Rtu::kWriteSingle
+        const TransactionResult outcome = function == Rtu::kWriteSingle
             ? f.link.WriteSingleRegister(f.link.ModbusAddress, 0x1001, 2)
             : function == Rtu::kWriteMultiple ? f.link.WriteRegisters(f.link.ModbusAddress, 0x1023, 2, Hex("00010002"))
                                               : f.read(0x1000, 5);
-        QCOMPARE(outcome, TransactionOutcome::Good);
+        QCOMPARE(outcome.kind, TransactionResult::Good);
         QCOMPARE(f.line.sent[0].frame, request);
         QCOMPARE(f.link.bCommOK, kTrue);
         if (function == Rtu::kReadHolding)

@@ -88,11 +88,12 @@ private slots:
         RegisterLink link(port, onLine);
         link.BuildCrcTables();
         link.ModbusAddress = 15;
-        QCOMPARE(link.WriteRegisters(link.ModbusAddress, 0x1023, 3, QByteArray::fromHex("001A000B000F")), TransactionOutcome::Good);
-        QCOMPARE(link.WriteSingleRegister(link.ModbusAddress, 0x1001, 1), TransactionOutcome::Good);
+        QCOMPARE(link.WriteRegisters(link.ModbusAddress, 0x1023, 3, QByteArray::fromHex("001A000B000F")).kind,
+                 TransactionResult::Good);
+        QCOMPARE(link.WriteSingleRegister(link.ModbusAddress, 0x1001, 1).kind, TransactionResult::Good);
         link.ResetRxData();
-        QCOMPARE(link.ReadRegisters(link.ModbusAddress, Rtu::kReadHolding, 0x1000, 100), TransactionOutcome::Good);
-        QCOMPARE(link.ReadRegisters(link.ModbusAddress, Rtu::kReadInput, 0x1080, 50), TransactionOutcome::Good);
+        QCOMPARE(link.ReadRegisters(link.ModbusAddress, Rtu::kReadHolding, 0x1000, 100).kind, TransactionResult::Good);
+        QCOMPARE(link.ReadRegisters(link.ModbusAddress, Rtu::kReadInput, 0x1080, 50).kind, TransactionResult::Good);
         slave.stop();
         QByteArray image; // holding 0x1000..0x1063, then input 0x1080..0x10B1
         for (int i = 0; i < 150; ++i) {

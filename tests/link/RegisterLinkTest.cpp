@@ -27,7 +27,7 @@ private slots:
         QFETCH(bool, timesOut);
         LinkOnFakeLine f;
         f.line.script << Reply(spoiled) << Reply(f.BlockReply(20, 0x0100));
-        QCOMPARE(f.read(0x1000, 20), TransactionOutcome::Good);
+        QCOMPARE(f.read(0x1000, 20).kind, TransactionResult::Good);
         QCOMPARE(f.link.RxData, f.Block(20, 0x0100));
         QCOMPARE(f.line.sent[1].at - f.line.sent[0].at >= 2s, timesOut);
         QCOMPARE(f.texts, text.isEmpty() ? QStringList() : QStringList{text});
@@ -65,12 +65,14 @@ private slots:
         };
         for (int attempt = 0; attempt < RegisterLink::kAttempts; ++attempt)
             f.line.script << Reply(reply);
-        QCOMPARE(transact(), TransactionOutcome::Failed);
+        const TransactionResult result = transact();
+        QCOMPARE(result.gaveUp(), true);
+        QCOMPARE(int(result.exception), code);
+        QCOMPARE(result.kind, code != 0 ? TransactionResult::Exception : TransactionResult::TimedOut);
         QCOMPARE(f.line.sent.size(), RegisterLink::kAttempts);
         for (qsizetype i = 1; i < f.line.sent.size(); ++i)
             QCOMPARE(f.line.sent[i].at - f.line.sent[i - 1].at, 2s);
         QCOMPARE(f.gaveUp.size(), 1);
-        QCOMPARE(int(f.link.LastException), code);
         // An exception is named after each attempt; anything else counts as no reply, and the
         // attempt after it says so.
         QStringList texts;
@@ -84,15 +86,14 @@ private slots:
 
         const QByteArray request = f.line.sent[0].frame;
         f.line.script << Reply(function == Rtu::kReadHolding ? f.BlockReply(20, 1) : Sealed(request.left(6)));
-        QCOMPARE(transact(), TransactionOutcome::Good);
-        QCOMPARE(f.link.LastException, quint8(0));
+        QCOMPARE(transact(), TransactionResult{});
     }
 
     void silenceGivesUpAfterFiveAttempts()
     {
         LinkOnFakeLine f;
         f.link.bShowFrames = kTrue;
-        QCOMPARE(f.read(0x1000, 10), TransactionOutcome::Failed);
+        QCOMPARE(f.read(0x1000, 10).gaveUp(), true);
         QCOMPARE(f.line.sent.size(), RegisterLink::kAttempts);
         for (qsizetype i = 1; i < f.line.sent.size(); ++i)
             QCOMPARE(f.line.sent[i].at - f.line.sent[i - 1].at, 2s);
@@ -112,7 +113,7 @@ private slots:
         LinkOnFakeLine f;
         f.link.replyTimeoutMs = 150;
         f.link.attempts = 2;
-        QCOMPARE(f.read(0x1000, 10), TransactionOutcome::Failed);
+        QCOMPARE(f.read(0x1000, 10).gaveUp(), true);
         QCOMPARE(f.line.sent.size(), 2);
         QCOMPARE(f.line.sent[1].at - f.line.sent[0].at, 150ms);
         QCOMPARE(f.texts, (QStringList{"no reply, attempt 2 of 2", "Communication Error! Retry 2 times!"}));
@@ -138,7 +139,7 @@ private slots:
             cut();
         else
             f.clock.at(start + std::chrono::milliseconds(atMs), cut);
-        QCOMPARE(f.read(0x1000, 10), TransactionOutcome::Abandoned);
+        QCOMPARE(f.read(0x1000, 10).kind, TransactionResult::Abandoned);
         QCOMPARE(f.clock.now(), start + std::chrono::milliseconds(std::max(atMs, 0))); // at once, not at the time-out
         QCOMPARE(f.line.sent.size(), atMs < 0 ? 0 : 1);
         QCOMPARE(f.link.bCommOK, kTrue); // left as the caller set it
@@ -152,7 +153,7 @@ private slots:
         LinkOnFakeLine f;
         f.line.script << FakeLine::Answer() << Reply(f.BlockReply(4, 7, 16));
         f.clock.at(f.clock.now() + 500ms, [&f] { f.link.ModbusAddress = 16; });
-        QCOMPARE(f.read(0x1000, 4), TransactionOutcome::Good);
+        QCOMPARE(f.read(0x1000, 4).kind, TransactionResult::Good);
         QCOMPARE(f.line.sent[0].frame, Sealed(Hex("0F0310000004")));
         QCOMPARE(f.line.sent[1].frame, Sealed(Hex("100310000004")));
         QVERIFY(f.echoes.isEmpty()); // the frames view is off
@@ -175,7 +176,8 @@ private slots:
         LinkOnFakeLine f;
         f.line.script << Reply(Sealed(Hex("0F0699990007")));
         qint16 count = qint16(bytes);
-        QCOMPARE(f.link.WriteRegisters2(f.link.ModbusAddress, 0x4492, count, QByteArray(8, '\x11')), TransactionOutcome::Good);
+        QCOMPARE(f.link.WriteRegisters2(f.link.ModbusAddress, 0x4492, count, QByteArray(8, '\x11')).kind,
+                 TransactionResult::Good);
         QCOMPARE(count, qint16(request[5])); // the caller's count is now the registers sent
         QCOMPARE(f.line.sent[0].frame, request);
         QCOMPARE(f.link.bCommOK, kTrue);

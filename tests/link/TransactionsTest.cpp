@@ -23,8 +23,8 @@ private slots:
         QElapsedTimer clock;
         clock.start();
         link.ResetRxData();
-        QCOMPARE(link.ReadRegisters(link.ModbusAddress, Rtu::kReadHolding, 0x1000, 100), TransactionOutcome::Good);
-        QCOMPARE(link.ReadRegisters(link.ModbusAddress, Rtu::kReadHolding, 0x1064, 50), TransactionOutcome::Good);
+        QCOMPARE(link.ReadRegisters(link.ModbusAddress, Rtu::kReadHolding, 0x1000, 100).kind, TransactionResult::Good);
+        QCOMPARE(link.ReadRegisters(link.ModbusAddress, Rtu::kReadHolding, 0x1064, 50).kind, TransactionResult::Good);
         // Each wait ends on the reply's data, long before its time-out.
         QVERIFY(clock.elapsed() < RegisterLink::kReplyTimeoutMs);
         QVERIFY2(events >= 10, "events are processed during the waits");

@@ -72,7 +72,7 @@ private slots:
                 written.append(quint8(request.frame[7]) << 8 | quint8(request.frame[8]));
         }
         QCOMPARE(written, pointers);
-        QCOMPARE(m_on->screen.texts["Text6"], QStringLiteral("Last number of download interval : %1，and finish download！").arg(stop));
+        QCOMPARE(session().Status(), QStringLiteral("Last number of download interval : %1，and finish download！").arg(stop));
         QCOMPARE(faces.first().at(1).toString(), "Reading");
         QCOMPARE(faces.last().at(1).toString(), "Read And Save");
         QVERIFY(session().connection.Timer1Sec.isActive());
@@ -82,24 +82,14 @@ private slots:
     // What stops a download before it starts, and the checks of the start and stop lists.
     void refusedBeforeItStarts()
     {
-        choose(5, 4);
-        download().Command8_Click();
-        QCOMPARE(m_on->prompts.errors, QStringList{"Interval starting number must less than final number！"});
-
-        const int valid = session().poll.Reading().loadProfile[0].validIntervals;
-        m_on->screen.SetText("Combo_LP_Start_No", QString::number(valid));
-        download().Combo_LP_Start_No_Validate();
-        m_on->screen.SetText("Combo_LP_Stop_No", QString::number(valid + 1));
-        download().Combo_LP_Stop_No_Validate();
-        QCOMPARE(m_on->prompts.errors.last(), "Over Interval Valid limit");
-        QCOMPARE(m_on->prompts.errors.size(), 2);
-        QCOMPARE(m_on->screen.Text("Combo_LP_Start_No"), QString::number(valid));
-        QCOMPARE(m_on->screen.Text("Combo_LP_Stop_No"), "1");
+        QCOMPARE(download().Start(0, 5, 4), LpStart::RangeReversed);
+        QCOMPARE(LpStartMessage(LpStart::RangeReversed), "Interval starting number must less than final number！");
+        QCOMPARE(download().Start(0, 0, 4), LpStart::NoRange);
+        QCOMPARE(download().ValidIntervals(0), int(m_on->meter->input(0x1190)));
 
         session().ToggleOnLine(QStringLiteral("15")); // off line
-        choose(1, 1);
-        download().Command8_Click();
-        QCOMPARE(m_on->screen.texts["Text6"], "Communication Failure");
+        QCOMPARE(download().Start(0, 1, 1), LpStart::OffLine);
+        QCOMPARE(session().Status(), "Communication Failure");
         QVERIFY(!QDir(m_folder.filePath("LP Data")).exists());
     }
 
@@ -151,9 +141,8 @@ private slots:
         QVERIFY(blocker.open(QIODevice::WriteOnly));
         download().programFolder = blocker.fileName();
         download().documentsFolder = m_folder.path();
-        choose(1, 1);
-        download().Command8_Click();
-        QVERIFY(m_on->screen.texts["Text6"].contains(QDir::toNativeSeparators(m_folder.filePath("LP Data"))));
+        QCOMPARE(download().Start(0, 1, 1), LpStart::Started);
+        QVERIFY(session().Status().contains(QDir::toNativeSeparators(m_folder.filePath("LP Data"))));
         waitForTheEnd();
         QCOMPARE(rows(), expectedRows(1, 1));
     }
@@ -162,8 +151,7 @@ private slots:
     // them stays, the index stands, and the download continues once there is room.
     void aFullDiskStopsAtTheStepAndContinuesLater()
     {
-        choose(1, 12);
-        download().Command8_Click();
+        QCOMPARE(download().Start(0, 1, 12), LpStart::Started);
         QTRY_VERIFY(download().LpCurrentIndex >= 4);
         const QString path = download().LpFilePath;
         QFile kept(path);
@@ -173,7 +161,7 @@ private slots:
         QVERIFY(QFile::remove(path));
         QVERIFY(QFile::link("/dev/full", path));
         QTRY_VERIFY_WITH_TIMEOUT(!download().Timer_RS_Lpf.isActive(), kDownloadMs);
-        QVERIFY(m_on->screen.texts["Text6"].startsWith("Cannot write " + QDir::toNativeSeparators(path)));
+        QVERIFY(session().Status().startsWith("Cannot write " + QDir::toNativeSeparators(path)));
         QVERIFY(session().connection.Timer1Sec.isActive()); // polling goes on meanwhile
 
         QVERIFY(QFile::remove(path));
@@ -182,7 +170,7 @@ private slots:
         restored.write(saved.left(saved.size())); // what the finished steps wrote
         restored.close();
         const int questions = int(m_on->prompts.questions.size());
-        download().Command8_Click();
+        QCOMPARE(download().Start(0, 1, 12), LpStart::Continued);
         QCOMPARE(m_on->prompts.questions.size(), questions + 1);
         waitForTheEnd();
         QCOMPARE(rows(), expectedRows(1, 12));
@@ -219,11 +207,10 @@ private slots:
             else
                 QTimer::singleShot(0, this, [this] { m_on->meter->stop(); });
         });
-        choose(1, 40);
         for (int interruptions = 0; interruptions < 3; ++interruptions) {
             requests = 0;
             faultAt = 1 + int(random.bounded(12u));
-            download().Command8_Click();
+            download().Start(0, 1, 40);
             QTRY_VERIFY_WITH_TIMEOUT(!download().Timer_RS_Lpf.isActive(), kDownloadMs);
             if (download().bLpDownloadActive == kFalse)
                 break;
@@ -233,7 +220,7 @@ private slots:
         }
         faultAt = 0;
         if (download().bLpDownloadActive != kFalse) {
-            download().Command8_Click();
+            QCOMPARE(download().Start(0, 1, 40), LpStart::Continued);
             waitForTheEnd();
         }
         QCOMPARE(rows(), expectedRows(1, 40));
@@ -254,19 +241,13 @@ private:
     LpDownload& download() { return m_on->session->download; }
     void tick() { session().poll.Timer1Sec_Timer(); }
 
-    void choose(int start, int stop)
-    {
-        m_on->screen.SetText("Combo_LP_Start_No", QString::number(start));
-        m_on->screen.SetText("Combo_LP_Stop_No", QString::number(stop));
-    }
     void waitForTheEnd()
     {
         QTRY_VERIFY_WITH_TIMEOUT(download().bLpDownloadActive == kFalse, kDownloadMs);
     }
     void downloadRange(int start, int stop)
     {
-        choose(start, stop);
-        download().Command8_Click();
+        QCOMPARE(download().Start(0, start, stop), LpStart::Started);
         waitForTheEnd();
     }
 

@@ -1,6 +1,7 @@
 // The download's interval lists follow the chosen group's count of valid intervals, and the
 // status line warns while they are about to change.
 #include "TestLists.h"
+#include "connection/StatusLine.h"
 #include "loadprofile/LpNumberLists.h"
 #include "measure/MeterReading.h"
 
@@ -13,11 +14,10 @@ class LpNumberListsTest : public QObject {
 private slots:
     void init()
     {
-        m_screen.texts.clear();
-        m_screen.SetText(QStringLiteral("Combo_LP_Read_Group_Sel"), QStringLiteral("1"));
+        m_status.Set(QString());
         m_lists = RecordingLists();
         m_reading = MeterReading();
-        m_numberLists = std::make_unique<LpNumberLists>(m_screen, m_lists);
+        m_numberLists = std::make_unique<LpNumberLists>(m_lists, m_status);
     }
 
     // The first fill keeps the start-up "1" in front; an unchanged count touches nothing; a
@@ -56,7 +56,7 @@ private slots:
     {
         setValid(1, 4);
         refresh(0, 10);
-        m_screen.SetText(QStringLiteral("Combo_LP_Read_Group_Sel"), QStringLiteral("2"));
+        m_numberLists->ChooseGroup(1);
         m_numberLists->RefreshLpNumberLists(m_reading);
         QCOMPARE(m_lists.start, QStringList({"1", "2", "3", "4"}));
     }
@@ -75,11 +75,12 @@ private slots:
         setValid(1, 7);
         m_numberLists->LpListCount = 1439;
         m_numberLists->WarnIfListsWillChange(m_reading);
-        QCOMPARE(m_screen.texts.take("Text6"), "Wait!! Setting 'Start no' & 'Stop no'");
-        m_screen.SetText(QStringLiteral("Combo_LP_Read_Group_Sel"), QStringLiteral("2"));
+        QCOMPARE(m_status.Text(), "Wait!! Setting 'Start no' & 'Stop no'");
+        m_status.Set(QString());
+        m_numberLists->ChooseGroup(1);
         m_numberLists->LpListCount = 7;
         m_numberLists->WarnIfListsWillChange(m_reading);
-        QVERIFY(!m_screen.texts.contains("Text6"));
+        QVERIFY(m_status.Text().isEmpty());
     }
 
 private:
@@ -94,7 +95,7 @@ private:
         m_numberLists->RefreshLpNumberLists(m_reading);
     }
 
-    TextScreen m_screen;
+    StatusLine m_status;
     RecordingLists m_lists;
     MeterReading m_reading;
     std::unique_ptr<LpNumberLists> m_numberLists;

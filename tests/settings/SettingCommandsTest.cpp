@@ -1,62 +1,48 @@
-// The setting commands on the wire against the simulated meter: the frame each button sends,
+// The setting commands on the wire against the simulated meter: the frame each request sends,
 // the meter taking it and the history confirming it from the next readings, the tool following
 // the meter's new address and line settings, and what is refused or never sent.
 #include "MeterOnLine.h"
 #include "link/RtuFrames.h"
 
+#include <QLocale>
+#include <QSignalSpy>
 #include <QTest>
-
-using sim::Fault;
 
 namespace {
 
-using Click = void (MeterSettings::*)();
-
-// A choice as the operator makes it: an entry picked by index, or a text typed.
-struct Choice {
-    const char* control;
-    int pick = -1;
-    const char* typed = nullptr;
-};
-
 struct Command {
     const char* name;
-    QList<Choice> choices;
-    Click click;
+    Setting setting;
+    QStringList texts; // one per field, as the operator types or picks them
     const char* frame; // without the CRC
     const char* line;  // the PC port's settings afterwards
 };
 
+const QStringList kGroup1{"8", "15", "1", "2", "3", "4", "5", "7", "9", "11", "6", "8", "10", "12"};
+
 const Command kCommands[] = {
-    {"clock, Sunday 23:59:07", {}, &MeterSettings::Comm_SetTime_Click,
-     "0f10 1023 0007 0e 001a 000b 000f 0017 003b 0007 0000", "19200,n,8,1"},
-    {"address 20 picked", {{"Combo_Modbus_add", 19}}, &MeterSettings::cmd_Test_Modbus_Click,
-     "0f10 1000 0001 02 0014", "19200,n,8,1"},
-    {"baud rate 9600", {{"Combo_Modbus_BaudRate", 0}}, &MeterSettings::Cmd_Modbus_BaudRate_Click,
-     "0f10 1001 0001 02 0001", "9600,n,8,1"},
-    {"stop bits 2", {{"Combo_SetStopBit", 1}}, &MeterSettings::Comm_Change_StopBit_Click,
-     "0f10 1002 0001 02 0002", "19200,n,8,2"},
-    {"wiring Auto", {{"Combo_SetWiring", 0}}, &MeterSettings::Comm_ChangeWiring_Click,
-     "0f10 1004 0001 02 0000", "19200,n,8,1"},
-    {"ct ratio 2400", {{"Combo_CT_Ratio", -1, "2400"}}, &MeterSettings::Cmd_CT_Ratio_Click,
-     "0f10 1022 0001 02 0960", "19200,n,8,1"},
-    {"pt ratio 1 of 120.5", {{"Combo_PT_Ratio", -1, "120.5"}}, &MeterSettings::Cmd_PT_Ratio_Click,
-     "0f10 1021 0001 02 04b5", "19200,n,8,1"},
-    {"pt ratio 1 of 0.1", {{"Combo_PT_Ratio", -1, "0.1"}}, &MeterSettings::Cmd_PT_Ratio_Click,
-     "0f10 1021 0001 02 0001", "19200,n,8,1"},
-    {"pt ratio 2 of 11000 / 110", {{"txtPT1", -1, "11000"}, {"txtPT2", -1, "110"}},
-     &MeterSettings::Comm_change_VT_Click, "0f10 4492 0002 04 0000 42c8", "19200,n,8,1"},
-    {"serial number shown", {}, &MeterSettings::Cmd_Dis_MFGSerial_Click, "0f10 1051 0001 02 0001", "19200,n,8,1"},
-    {"scroll time first entry", {{"Combo1", 0}}, &MeterSettings::Command6_Click, "0f10 1050 0001 02 0003", "19200,n,8,1"},
-    {"scroll time 15", {{"Combo1", 12}}, &MeterSettings::Command6_Click, "0f10 1050 0001 02 000f", "19200,n,8,1"},
-    {"item 139 at position 50", {{"Combo_Display_Ser_sel", 49}, {"Combo_Display_Item_sel", 50}},
-     &MeterSettings::Command5_Click, "0f10 1083 0001 02 008b", "19200,n,8,1"},
-    {"clear kWh", {}, &MeterSettings::Command1_Click, "0f10 1012 0001 02 0055", "19200,n,8,1"},
+    {"clock, Sunday 23:59:07", Setting::Clock, {}, "0f10 1023 0007 0e 001a 000b 000f 0017 003b 0007 0000", "19200,n,8,1"},
+    {"address 20", Setting::Address, {"20"}, "0f10 1000 0001 02 0014", "19200,n,8,1"},
+    {"baud rate 9600", Setting::BaudRate, {"9600"}, "0f10 1001 0001 02 0001", "9600,n,8,1"},
+    {"stop bits 2", Setting::StopBit, {"2"}, "0f10 1002 0001 02 0002", "19200,n,8,2"},
+    {"wiring Auto", Setting::Wiring, {"Auto"}, "0f10 1004 0001 02 0000", "19200,n,8,1"},
+    {"ct ratio 2400", Setting::CtRatio, {"2400"}, "0f10 1022 0001 02 0960", "19200,n,8,1"},
+    {"pt ratio 1 of 120.5", Setting::PtRatio1, {"120.5"}, "0f10 1021 0001 02 04b5", "19200,n,8,1"},
+    {"pt ratio 1 of 0.1", Setting::PtRatio1, {"0.1"}, "0f10 1021 0001 02 0001", "19200,n,8,1"},
+    {"pt ratio 2 of 11000 / 110", Setting::PtRatio2, {"11000", "110"}, "0f10 4492 0002 04 0000 42c8", "19200,n,8,1"},
+    {"serial number shown", Setting::SerialDisplay, {}, "0f10 1051 0001 02 0001", "19200,n,8,1"},
+    {"scroll time 3", Setting::ScrollTime, {"3"}, "0f10 1050 0001 02 0003", "19200,n,8,1"},
+    {"scroll time 15", Setting::ScrollTime, {"15"}, "0f10 1050 0001 02 000f", "19200,n,8,1"},
+    {"item 139 at position 50", Setting::DisplayItem, {"50", "139"}, "0f10 1083 0001 02 008b", "19200,n,8,1"},
+    {"clear kWh", Setting::ClearKwh, {}, "0f10 1012 0001 02 0055", "19200,n,8,1"},
+    {"group 1, 12 channels", Setting::LpGroup1, QStringList{"12"} + kGroup1.mid(1),
+     "0f10 1034 000e 1c 000c 000f 0001 0002 0003 0004 0005 0007 0009 000b 0006 0008 000a 000c", "19200,n,8,1"},
+    {"group 2", Setting::LpGroup2, {"4", "15", "6", "12", "13", "14", "1", "2", "3", "4"},
+     "0f10 1043 000a 14 0004 000f 0006 000c 000d 000e 0001 0002 0003 0004", "19200,n,8,1"},
+    {"clear group 2", Setting::LpClear2, {}, "0f10 1042 0001 02 0033", "19200,n,8,1"},
 };
 
 } // namespace
-
-Q_DECLARE_METATYPE(Choice)
 
 class SettingCommandsTest : public QObject {
     Q_OBJECT
@@ -66,9 +52,12 @@ private slots:
         m_on = std::make_unique<SessionOnLine>();
         m_on->clock.now = QDateTime(QDate(2026, 11, 15), QTime(23, 59, 7));
         QVERIFY(m_on->begin());
-        m_on->screen.FillStartUpLists();
     }
-    void cleanup() { m_on.reset(); }
+    void cleanup()
+    {
+        m_on.reset();
+        QLocale::setDefault(QLocale::c());
+    }
 
     void eachCommandWritesItsFrameAndTheMeterConfirmsIt_data()
     {
@@ -80,113 +69,112 @@ private slots:
     {
         QFETCH(int, row);
         const Command& command = kCommands[row];
-        for (const Choice& choice : command.choices)
-            choose(choice);
-        (settings().*command.click)();
-        tick();
-        const auto log = m_on->meter->requestLog();
-        QCOMPARE(log.size(), qsizetype(PollPlan::kBlocks.size() + 1));
-        QCOMPARE(log.last().frame.chopped(2).toHex(), QByteArray(command.frame).replace(' ', ""));
+        QSignalSpy settled(&settings().history, &SettingsHistory::settled);
+        const quint64 id = request(command.setting, command.texts);
+        QVERIFY(settings().IsPending(command.setting));
+        m_on->tick();
+        QCOMPARE(m_on->writes(), QList<QByteArray>{QByteArray(command.frame).replace(' ', "")});
         QCOMPARE(session().connection.Settings(), QString::fromLatin1(command.line));
-        QCOMPARE(lastOutcome(), "waiting for the meter");
-        for (int i = 0; i < SettingsHistory::kConfirmTicks && lastOutcome() != "confirmed"; ++i)
-            tick();
-        QCOMPARE(lastOutcome(), "confirmed");
-        QVERIFY(session().connection.bOnLine.isTrue());
+        QCOMPARE(m_on->lastOutcome(), "waiting for the meter");
+        for (int i = 0; i < SettingsHistory::kConfirmTicks && settled.isEmpty(); ++i)
+            m_on->tick();
+        QCOMPARE(settled.size(), 1);
+        const auto outcome = settled.first().first().value<SettingOutcome>();
+        QCOMPARE(outcome.id, id);
+        QCOMPARE(outcome.result, SettingOutcome::Confirmed);
+        QVERIFY(session().OnLine());
     }
 
-    // Above 60 the typed address is appended to the list the tool talks by, each time; up to
-    // 60 the entry of the same index is picked, or none when the address was typed.
-    void theToolFollowsTheNewAddress_data()
+    // A command given as a number is normalised: "020" or " +20" writes 20 and the tool follows
+    // the meter there, so that it reaches the meter it just moved.
+    void theToolFollowsTheAddressWritten_data()
     {
-        QTest::addColumn<Choice>("choice");
-        QTest::addColumn<int>("times");
-        QTest::addColumn<int>("entries");
-        QTest::addColumn<int>("picked");
-        QTest::addColumn<int>("address");
-        QTest::newRow("61 appended") << Choice{"Combo_Modbus_add", -1, "61"} << 1 << 248 << 247 << 61;
-        QTest::newRow("61 twice, kept twice") << Choice{"Combo_Modbus_add", -1, "61"} << 2 << 249 << 248 << 61;
-        QTest::newRow("200 picked, appended") << Choice{"Combo_Modbus_add", 199} << 1 << 248 << 247 << 200;
-        QTest::newRow("20 picked") << Choice{"Combo_Modbus_add", 19} << 1 << 247 << 19 << 20;
-        QTest::newRow("20 typed: no pick") << Choice{"Combo_Modbus_add", -1, "20"} << 1 << 247 << -1 << 15;
+        QTest::addColumn<QString>("typed");
+        QTest::newRow("020") << "020";
+        QTest::newRow("+20 with blanks") << " +20 ";
+        QTest::newRow("20.0") << "20.0";
     }
-    void theToolFollowsTheNewAddress()
+    void theToolFollowsTheAddressWritten()
     {
-        QFETCH(Choice, choice);
-        QFETCH(int, times);
-        QFETCH(int, entries);
-        QFETCH(int, picked);
-        QFETCH(int, address);
-        choose(choice);
-        for (int i = 0; i < times; ++i) {
-            settings().cmd_Test_Modbus_Click();
-            tick();
-        }
-        QCOMPARE(m_on->screen.Count("Combo_Modbus_add_sel"), entries);
-        QCOMPARE(m_on->screen.ListIndex("Combo_Modbus_add_sel"), picked);
-        QCOMPARE(int(session().connection.link.ModbusAddress), address);
-        QCOMPARE(int(m_on->meter->holding(0x1000)), choice.typed ? QString(choice.typed).toInt() : choice.pick + 1);
+        QFETCH(QString, typed);
+        const int address = int(QLocale::c().toDouble(typed.trimmed()));
+        request(Setting::Address, {typed});
+        m_on->tick();
+        QCOMPARE(int(m_on->meter->holding(0x1000)), address);
+        QCOMPARE(session().Address(), address);
+        m_on->tick();
+        QCOMPARE(m_on->lastOutcome(), "confirmed");
     }
 
-    void anEmptyFieldAsksForNothing()
+    // The value is read and checked again when the command is served: what the operator typed
+    // after asking is never sent unchecked, and a ratio beyond its register is never wrapped.
+    void aValueRefusedWhenServedIsNotSentAndSaysWhy_data()
     {
-        for (const char* field : {"Combo_Modbus_add", "Combo_PT_Ratio", "Combo_CT_Ratio", "txtPT1"})
-            m_on->screen.SetText(field, QString());
-        m_on->screen.SetText("txtPT2", "110");
-        settings().cmd_Test_Modbus_Click();
-        settings().Cmd_PT_Ratio_Click();
-        settings().Cmd_CT_Ratio_Click();
-        settings().Comm_change_VT_Click();
-        const PendingCommands& p = session().poll.pending;
-        QCOMPARE(p.bPendingModbusAddr | p.bPendingPtRatio | p.bPendingCtRatio | p.bPendingPtRatio2, kFalse);
+        QTest::addColumn<int>("setting");
+        QTest::addColumn<QStringList>("texts");
+        QTest::addColumn<QString>("why");
+        QTest::newRow("ct 0") << int(Setting::CtRatio) << QStringList{"0"} << "CT Ratio Range : 1~2400！";
+        QTest::newRow("pt beyond its register") << int(Setting::PtRatio1) << QStringList{"5000"}
+                                                << "PT ratio 1 above 3276.7 does not fit the meter's register";
+        QTest::newRow("pt 2 over 0") << int(Setting::PtRatio2) << QStringList{"11000", "0"}
+                                     << "PT ratio 2 of 11000 / 0 is no value the meter's register holds";
+    }
+    void aValueRefusedWhenServedIsNotSentAndSaysWhy()
+    {
+        QFETCH(int, setting);
+        QFETCH(QStringList, texts);
+        QFETCH(QString, why);
+        QStringList field{"100", "110"}; // the operator's field(s): good when asked for
+        settings().Request(Setting(setting), [&field, setting] { return ValueFromTexts(Setting(setting), field); },
+                           session().connection.Number());
+        field = texts; // typed after the click, before the tick
+        m_on->tick();
+        QVERIFY(m_on->writes().isEmpty());
+        QCOMPARE(m_on->lastOutcome(), "not sent: " + why);
+        QCOMPARE(session().Status(), why + "; nothing was sent.");
     }
 
-    void aPtRatio1BeyondItsRegisterIsNotSentAndSaysWhy()
+    // Under a locale whose point groups thousands, "2.000" means 2000 to the operator and 2 with
+    // a decimal point: it is refused with both readings, never written as either.
+    void aNumberWithTwoReadingsIsRefused()
     {
-        choose({"Combo_PT_Ratio", -1, "5000"});
-        settings().Cmd_PT_Ratio_Click();
-        tick();
-        QCOMPARE(m_on->meter->requestLog().size(), qsizetype(PollPlan::kBlocks.size()));
-        const QString why = "PT ratio 1 above 3276.7 does not fit the meter's register";
-        QCOMPARE(m_on->screen.texts["Text6"], why + "; nothing was sent.");
-        QCOMPARE(lastOutcome(), "not sent: " + why);
+        QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
+        const SourcedValue ct = ValueFromTexts(Setting::CtRatio, {"2.000"});
+        QCOMPARE(ct.state, SourcedValue::State::Refused);
+        QVERIFY2(ct.reason.contains("2000") && ct.reason.contains(" 2 "), qPrintable(ct.reason));
+        QCOMPARE(ValueFromTexts(Setting::PtRatio1, {"1.500"}).state, SourcedValue::State::Refused);
+        QCOMPARE(ValueFromTexts(Setting::PtRatio1, {"120,5"}).value.fields, QList<double>{120.5});
+        request(Setting::CtRatio, {"2.000"});
+        m_on->tick();
+        QVERIFY(m_on->writes().isEmpty());
     }
 
-    void aRefusedFieldIsReportedAndEmptied()
+    // A request belongs to its connection: made off line, or after the connection it was asked
+    // on ended (off line and on line again), it is recorded as not sent and never sent later.
+    void aRequestForAnEndedConnectionIsNeverSent()
     {
-        choose({"Combo_CT_Ratio", -1, "abc"});
-        settings().Combo_CT_Ratio_Validate();
-        choose({"Combo_Modbus_add_sel", -1, "12.5"});
-        settings().Combo_Modbus_add_sel_Validate();
-        QCOMPARE(m_on->prompts.errors, QStringList({"CT Ratio Range : 1~2400！", "Address Range : 1~250！"}));
-        QCOMPARE(m_on->screen.Text("Combo_CT_Ratio"), QString());
-        QCOMPARE(m_on->screen.Text("Combo_Modbus_add_sel"), QString());
-        QCOMPARE(int(session().connection.link.ModbusAddress), 15);
-
-        choose({"Combo_Modbus_add_sel", -1, "0"}); // taken here, unlike as a new address
-        settings().Combo_Modbus_add_sel_Validate();
-        QCOMPARE(int(session().connection.link.ModbusAddress), 0);
-        QCOMPARE(m_on->prompts.errors.size(), 2);
-    }
-
-    void aClearNotConfirmedAsksForNothing()
-    {
-        m_on->prompts.answerYes = false;
-        settings().Command1_Click();
-        QCOMPARE(m_on->prompts.questions, QStringList{"Clr kWh: Clear all total kWh？"});
-        QCOMPARE(session().poll.pending.bPendingClearKwh, kFalse);
+        const quint64 asked = session().connection.Number();
+        session().ToggleOnLine("15");
+        settings().Request(Setting::ClearKwh);
+        QCOMPARE(m_on->lastOutcome(), "not sent: the tool is off line");
+        session().ToggleOnLine("15");
+        session().connection.Timer1Sec.stop();
+        settings().Request(Setting::ClearKwh, FixedValue({}), asked);
+        QVERIFY(!settings().IsPending(Setting::ClearKwh));
+        QVERIFY(m_on->lastOutcome().startsWith("not sent: the tool went off line after it was asked for"));
+        m_on->tick();
+        QVERIFY(m_on->writes().isEmpty());
     }
 
     // A meter that acknowledges and keeps its old value.
     void aWriteTheMeterDoesNotKeepIsNotConfirmed()
     {
-        choose({"Combo_CT_Ratio", -1, "200"});
-        settings().Cmd_CT_Ratio_Click();
-        tick();
+        request(Setting::CtRatio, {"200"});
+        m_on->tick();
         m_on->meter->setHolding(0x1022, 5);
         for (int i = 0; i < SettingsHistory::kConfirmTicks; ++i)
-            tick();
-        QCOMPARE(lastOutcome(), "not confirmed within 3 ticks");
+            m_on->tick();
+        QCOMPARE(m_on->lastOutcome(), "not confirmed within 3 ticks");
         QCOMPARE(settings().history.Entries().last().from, "5");
         QCOMPARE(settings().history.Entries().last().to, "200");
     }
@@ -196,33 +184,25 @@ private slots:
     // the same tick can no longer be confirmed.
     void aRefusedWriteNamesTheException()
     {
-        choose({"Combo_Modbus_add", -1, "248"});
-        settings().Comm_SetTime_Click();
-        settings().cmd_Test_Modbus_Click();
-        tick();
-        QVERIFY(!session().connection.bOnLine.isTrue());
+        settings().Request(Setting::Clock);
+        request(Setting::Address, {"248"});
+        m_on->tick();
+        QVERIFY(!session().OnLine());
         const auto& entries = settings().history.Entries();
         QCOMPARE(entries.size(), 2);
-        QCOMPARE(entries[0].outcome, "not confirmed: the tool went off line");
-        QCOMPARE(entries[1].outcome, "refused: exception 3 (Illegal Data Value)");
+        QCOMPARE(entries[0].Text(), "not confirmed: the tool went off line");
+        QCOMPARE(entries[1].Text(), "refused: exception 3 (Illegal Data Value)");
+        QCOMPARE(entries[1].exception, quint8(3));
         QCOMPARE(int(m_on->meter->holding(0x1000)), 15);
     }
 
 private:
     MeterSession& session() { return *m_on->session; }
     MeterSettings& settings() { return m_on->session->settings; }
-    void tick() { session().poll.Timer1Sec_Timer(); }
-    QString lastOutcome() const
+    quint64 request(Setting setting, const QStringList& texts)
     {
-        const auto& entries = m_on->session->settings.history.Entries();
-        return entries.isEmpty() ? QString() : entries.last().outcome;
-    }
-    void choose(const Choice& choice)
-    {
-        if (choice.typed)
-            m_on->screen.SetText(choice.control, choice.typed);
-        else
-            m_on->screen.Select(choice.control, choice.pick);
+        return settings().Request(setting, [setting, texts] { return ValueFromTexts(setting, texts); },
+                                  session().connection.Number());
     }
 
     std::unique_ptr<SessionOnLine> m_on;

@@ -127,7 +127,7 @@ struct LinkOnFakeLine {
     }
 
     // Reads `count` holding registers from `start` into an emptied RxData.
-    TransactionOutcome read(quint16 start, quint16 count)
+    TransactionResult read(quint16 start, quint16 count)
     {
         link.ResetRxData();
         link.bCommOK = kTrue;

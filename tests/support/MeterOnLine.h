@@ -56,18 +56,33 @@ struct MeterOnLine {
     std::unique_ptr<Connection> connection;
 };
 
-// A whole meter session on line to a simulated meter, presented on a map of texts: what a
-// command-line front end would run.
+// A whole meter session on line to a simulated meter, with no widget: what a command-line
+// front end runs.
 struct SessionOnLine {
     bool begin(bool pacing = false, Via via = Via::PseudoTerminal)
     {
-        screen.SetText(QStringLiteral("Combo_LP_Read_Group_Sel"), QStringLiteral("1"));
         meter = FrozenMeter(pacing, via);
-        session = std::make_unique<MeterSession>(SessionPorts{screen, screen, prompts, lists, clock});
+        session = std::make_unique<MeterSession>(SessionPorts{prompts, lists, clock});
         return meter && GoOnLineTo(*meter, session->connection);
     }
+    void tick() { session->poll.Timer1Sec_Timer(); }
+    // The write requests the meter received, without their CRC, in hex.
+    QList<QByteArray> writes() const
+    {
+        QList<QByteArray> frames;
+        for (const sim::LoggedRequest& request : meter->requestLog()) {
+            if (quint8(request.frame[1]) == 0x10)
+                frames.append(request.frame.chopped(2).toHex());
+        }
+        return frames;
+    }
+    // The outcome of the newest setting command, in the history's words.
+    QString lastOutcome() const
+    {
+        const auto& entries = session->settings.history.Entries();
+        return entries.isEmpty() ? QString() : entries.last().Text();
+    }
 
-    TextScreen screen;
     RecordingPrompts prompts;
     RecordingLists lists;
     FixedClock clock;

@@ -2,7 +2,6 @@
 
 #include "ports/Clock.h"
 #include "ports/IntervalLists.h"
-#include "ui/TextScreen.h"
 
 #include <QStringList>
 

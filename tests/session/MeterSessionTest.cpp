@@ -16,13 +16,13 @@ private slots:
     {
         m_on = std::make_unique<SessionOnLine>();
         QVERIFY(m_on->begin());
-        m_served.clear();
     }
     void cleanup() { m_on.reset(); }
 
     void oneTickReadsTheNineBlocksAndYieldsAReading()
     {
         QSignalSpy readings(&poll(), &PollCycle::readingTaken);
+        QSignalSpy blocks(&poll(), &PollCycle::blockRead);
         poll().Timer1Sec_Timer();
         const auto log = m_on->meter->requestLog();
         QCOMPARE(log.size(), qsizetype(PollPlan::kBlocks.size()));
@@ -42,14 +42,13 @@ private slots:
         QVERIFY(reading.frequency > 49 && reading.frequency < 51);
         QVERIFY(reading.phaseVoltage[0] > 200);
 
-        const auto& t = m_on->screen.texts;
-        QCOMPARE(t["txt_Online"], "On Line");
-        QCOMPARE(t["txtFrequency"], QString::number(reading.frequency, 'f', 2));
-        QCOMPARE(t["txt_PTRatio"], QString::number(m_on->meter->holding(0x1021) / 10.0, 'f', 1));
-        QCOMPARE(t["txt_CTRatio"], QString::number(m_on->meter->holding(0x1022)) + ".0");
-        QCOMPARE(t["Text_Valid_int_num(0)"], QString::number(reading.loadProfile[0].validIntervals));
+        QList<int> shown;
+        for (const QList<QVariant>& block : blocks)
+            shown.append(block.first().toInt());
+        QCOMPARE(shown, QList<int>({MeterReading::RealTimeImage, MeterReading::Frequency, MeterReading::Energy,
+                                    MeterReading::Ratios, MeterReading::PtRatio2}));
         QCOMPARE(m_on->lists.start.size(), 1 + reading.loadProfile[0].validIntervals);
-        QVERIFY(t["Text6"].isEmpty());
+        QVERIFY(m_on->session->Status().isEmpty());
     }
 
     // Every block in turn gives up: the tick ends there, the tool goes off line, the pending
@@ -63,92 +62,83 @@ private slots:
     void aFailedBlockEndsTheTick()
     {
         QFETCH(int, block);
-        auto& t = m_on->screen.texts;
-        t["txt_V_N(0)"] = t["txtPTRatio2"] = QStringLiteral("kept");
-        recordServing(&PendingCommands::bPendingSetTime, "time");
-        poll().pending.bPendingSetTime = kTrue;
+        settings().Request(Setting::Clock);
         QSignalSpy readings(&poll(), &PollCycle::readingTaken);
+        QSignalSpy blocks(&poll(), &PollCycle::blockRead);
         failTransaction(block);
 
         poll().Timer1Sec_Timer();
 
         QCOMPARE(m_on->meter->requestLog().size(), block - 1 + RegisterLink::kAttempts);
-        QVERIFY(!m_on->session->connection.bOnLine.isTrue());
-        QVERIFY(m_served.isEmpty());
-        QCOMPARE(poll().pending.bPendingSetTime, kFalse);
+        QVERIFY(!m_on->session->OnLine());
+        QVERIFY(m_on->writes().isEmpty());
+        QVERIFY(!settings().IsPending(Setting::Clock));
+        QCOMPARE(m_on->lastOutcome(), "dropped, not sent: the tool went off line");
         QVERIFY(readings.isEmpty());
-        if (block <= 5)
-            QCOMPARE(t["txt_V_N(0)"], "kept");
-        QCOMPARE(t["txtPTRatio2"], "kept");
-        QCOMPARE(t.contains("txtFrequency"), block > 6);
-        QCOMPARE(t["txt_Online"], "Off Line");
+        // Blocks 1 to 5 make one image, shown only whole; then one block is shown per read.
+        QCOMPARE(blocks.size(), block <= 5 ? 0 : block - 5);
         const QString reason = QStringLiteral("Communication Error! Retry 5 times! 1 pending command was dropped, not sent.");
-        QCOMPARE(t["txt_OffLineReason"], reason);
+        QCOMPARE(m_on->session->OffLineReason(), reason);
         // The lists are refreshed, and the status line cleared, once the energy block was
         // asked for: a failure there loses the status line's text, never the reason.
         QCOMPARE(m_on->lists.enabledHistory.isEmpty(), block < 7);
-        QCOMPARE(t["Text6"], block == 7 ? QString() : reason);
+        QCOMPARE(m_on->session->Status(), block == 7 ? QString() : reason);
     }
 
     void commandsAreServedInTheTablesOrder()
     {
-        recordServing(&PendingCommands::bPendingCtRatio, "ct");
-        recordServing(&PendingCommands::bPendingSetTime, "time");
-        poll().pending.bPendingCtRatio = kTrue;
-        poll().pending.bPendingSetTime = kTrue;
+        settings().Request(Setting::PtRatio2, {{11000, 110}});
+        settings().Request(Setting::CtRatio, {{200}});
+        settings().Request(Setting::Clock);
+        QCOMPARE(settings().pending.bPendingCtRatio, kTrue);
         poll().Timer1Sec_Timer();
-        QCOMPARE(m_served, QStringList({"time", "ct"}));
-        QCOMPARE(poll().pending.bPendingSetTime, kFalse);
-        QCOMPARE(poll().pending.bPendingCtRatio, kFalse);
-        QCOMPARE(m_on->meter->requestLog().size(), 11);
+        QCOMPARE(registersWritten(), QList<int>({0x1023, 0x1022, 0x4492}));
+        QCOMPARE(settings().pending.bPendingSetTime | settings().pending.bPendingCtRatio, kFalse);
+        QCOMPARE(m_on->meter->requestLog().size(), 12);
     }
 
     // A command whose write gives up is not repeated, and the tool goes off line: the commands
     // after it are dropped, never sent to whatever meter is connected next.
     void aFailedCommandDropsTheLaterOnes()
     {
-        recordServing(&PendingCommands::bPendingSetTime, "time");
-        recordServing(&PendingCommands::bPendingWiring, "wiring");
-        poll().pending.bPendingSetTime = kTrue;
-        poll().pending.bPendingWiring = kTrue;
+        settings().Request(Setting::Clock);
+        settings().Request(Setting::Wiring, {{3}});
         failTransaction(10);
         poll().Timer1Sec_Timer();
-        QCOMPARE(m_served, QStringList{"time"});
-        QCOMPARE(poll().pending.bPendingWiring, kFalse);
-        QVERIFY(m_on->screen.texts["txt_OffLineReason"].endsWith("1 pending command was dropped, not sent."));
+        QCOMPARE(registersWritten(), QList<int>(RegisterLink::kAttempts, 0x1023)); // spoiled each time
+        QVERIFY(!settings().IsPending(Setting::Wiring));
+        QVERIFY(m_on->session->OffLineReason().endsWith("1 pending command was dropped, not sent."));
 
         m_on->session->ToggleOnLine(QStringLiteral("15"));
         m_on->session->connection.Timer1Sec.stop();
         poll().Timer1Sec_Timer();
-        QCOMPARE(m_served, QStringList{"time"});
-        QCOMPARE(m_on->screen.texts["txt_OffLineReason"], QString()); // cleared by going on line
+        QVERIFY(!registersWritten().contains(0x1004));
+        QCOMPARE(m_on->session->OffLineReason(), QString()); // cleared by going on line
     }
 
     void goingOffLineByHandDropsPendingCommands()
     {
-        recordServing(&PendingCommands::bPendingClearKwh, "clear kWh");
-        poll().pending.bPendingClearKwh = kTrue;
-        poll().pending.bPendingPtRatio2 = kTrue;
+        settings().Request(Setting::ClearKwh);
+        settings().Request(Setting::PtRatio2, {{11000, 110}});
         m_on->session->ToggleOnLine(QStringLiteral("15"));
-        QCOMPARE(m_on->screen.texts["Text6"], "2 pending commands were dropped, not sent.");
+        QCOMPARE(m_on->session->Status(), "2 pending commands were dropped, not sent.");
         m_on->session->ToggleOnLine(QStringLiteral("15"));
         m_on->session->connection.Timer1Sec.stop();
         poll().Timer1Sec_Timer();
-        QVERIFY(m_served.isEmpty());
+        QVERIFY(m_on->writes().isEmpty());
         QCOMPARE(m_on->meter->requestLog().size(), 9);
     }
 
     void aClickDuringATickOnlySetsItsFlag()
     {
-        recordServing(&PendingCommands::bPendingPtRatio2, "pt2");
         m_on->meter->injectFault(Fault::late(150));
         QTimer::singleShot(50, [this] {
-            poll().pending.bPendingPtRatio2 = kTrue;
+            settings().Request(Setting::PtRatio2, {{11000, 110}});
             poll().Timer1Sec_Timer(); // a tick due while this one waits does not start
         });
         poll().Timer1Sec_Timer();
         QCOMPARE(m_on->meter->requestLog().size(), 10);
-        QCOMPARE(m_served, QStringList{"pt2"}); // later in the table: served in the same tick
+        QCOMPARE(registersWritten(), QList<int>{0x4492}); // later in the table: served in the same tick
     }
 
     // Ratios beyond the signed 16-bit range are shown as such, and the tick goes on: the
@@ -157,39 +147,33 @@ private slots:
     {
         m_on->meter->setHolding(0x1021, 50000); // PT ratio 1: 5000.0
         m_on->meter->setHolding(0x1022, 0x8000);
-        recordServing(&PendingCommands::bPendingPtRatio, "pt1");
-        poll().pending.bPendingPtRatio = kTrue;
+        settings().Request(Setting::PtRatio1, {{120}});
         poll().Timer1Sec_Timer();
-        const auto& t = m_on->screen.texts;
-        QCOMPARE(t["txt_PTRatio"], "5000.0 (out of range)");
-        QCOMPARE(t["txt_CTRatio"], "32768.0 (out of range)");
+        QCOMPARE(poll().Reading().ctRatioRegister, quint16(0x8000));
         QCOMPARE(poll().PtRatio1Value, 5000.0);
-        QVERIFY(!t["txtPTRatio2"].isEmpty());
-        QCOMPARE(m_served, QStringList{"pt1"});
+        QVERIFY(poll().Reading().Has(MeterReading::PtRatio2));
+        QCOMPARE(registersWritten(), QList<int>{0x1021});
     }
 
-    void displayItemsAreShownAfterTheirCommand()
+    void aDisplayItemSentIsAnnounced()
     {
-        recordServing(&PendingCommands::bPendingDisplayItem, "items");
-        poll().pending.bPendingDisplayItem = kTrue;
+        QSignalSpy sent(&settings(), &MeterSettings::displayItemSent);
+        settings().Request(Setting::DisplayItem, {{50, 139}});
         poll().Timer1Sec_Timer();
-        QCOMPARE(poll().display.bDisplayItemSent, kTrue);
-        poll().Timer1Sec_Timer();
-        QVERIFY(m_on->screen.texts["txt_Display_Item"].startsWith("Display Item  : \r\n1 : "));
-        QCOMPARE(poll().display.bDisplayItemSent, kFalse);
+        QCOMPARE(sent.size(), 1);
     }
 
 private:
     PollCycle& poll() { return m_on->session->poll; }
+    MeterSettings& settings() { return m_on->session->settings; }
 
-    // The routine of `flag` writes one register, as every command does, and notes its name.
-    void recordServing(PendingCommands::Flag flag, const char* name)
+    // The first register of each write the meter received, in order.
+    QList<int> registersWritten() const
     {
-        poll().SetRoutine(flag, [this, name] {
-            m_served.append(QLatin1String(name));
-            RegisterLink& link = m_on->session->connection.link;
-            link.WriteRegisters(link.ModbusAddress, 0x1050, 1, QByteArray::fromHex("0005"));
-        });
+        QList<int> registers;
+        for (const QByteArray& frame : m_on->writes())
+            registers.append(frame.mid(4, 4).toInt(nullptr, 16));
+        return registers;
     }
 
     // Spoils every attempt of the tick's transaction number `n` (counted from 1).
@@ -205,7 +189,6 @@ private:
     }
 
     std::unique_ptr<SessionOnLine> m_on;
-    QStringList m_served;
 };
 
 QTEST_GUILESS_MAIN(MeterSessionTest)
