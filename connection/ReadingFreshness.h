@@ -17,13 +17,11 @@ public:
     ReadingFreshness(Connection& connection, PollCycle& poll, QObject* parent = nullptr);
 
     bool Stale() const { return m_lastGood.isValid() && !(m_onLine && m_lastTickGood); }
-    // When the last tick that read every block started.
-    const QDateTime& LastGood() const { return m_lastGood; }
     // "Last good reading 13:05:07" while stale; empty otherwise.
     QString Note() const;
 
 signals:
-    // Emitted only when Stale() or LastGood() changed while stale.
+    // Emitted only when Stale() changed, or while stale the time of the last good reading.
     void changed();
 
 private:

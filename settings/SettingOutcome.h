@@ -30,7 +30,6 @@ struct SettingOutcome {
     QString reason;
 
     bool Final() const { return result != Waiting; }
-    bool IsConfirmed() const { return result == Confirmed; }
     // In the history's words: "confirmed", "refused: exception 3 (Illegal Data Value)", ...
     QString Text() const;
 
