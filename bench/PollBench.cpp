@@ -165,7 +165,7 @@ int main(int argc, char* argv[])
     form.On_Line->click();
 
     // The interval lists: from 0 to 65,535 entries, then an unchanged count.
-    LpNumberLists& lists = form.session().poll.numberLists;
+    LpNumberLists& lists = form.session().numberLists;
     form.Combo_LP_Read_Group_Sel->setCurrentIndex(0);
     MeterReading reading;
     reading.known = MeterReading::RealTimeImage;

@@ -19,3 +19,17 @@ void FillAndSelect(QComboBox* list, const QStringList& entries, int index)
     AddEntries(list, entries);
     list->setCurrentIndex(index);
 }
+
+int PickedIndex(const QComboBox* list)
+{
+    const int index = list->currentIndex();
+    return index >= 0 && list->itemText(index) == list->currentText() ? index : -1;
+}
+
+void SelectQuietly(QComboBox* list, int index)
+{
+    const QSignalBlocker quiet(list);
+    list->setCurrentIndex(index);
+    if (index < 0 && list->isEditable())
+        list->setEditText(QString());
+}

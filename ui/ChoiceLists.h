@@ -1,7 +1,5 @@
 #pragma once
 
-#include "ui/StartUpLists.h"
-
 #include <QStringList>
 
 class QComboBox;
@@ -15,3 +13,11 @@ void AddEntries(QComboBox* list, const QStringList& entries);
 // Appends the entries, then selects entry `index`: one selection, seen by the handlers with the
 // whole list in place.
 void FillAndSelect(QComboBox* list, const QStringList& entries, int index);
+
+// The index of the picked entry; -1 when the text shown was typed and is not that entry (a
+// typed list keeps its last picked index while the operator types).
+int PickedIndex(const QComboBox* list);
+
+// Shows entry `index` as picked (-1: none, and a typed list empty) without running the list's
+// handlers: the caller applies what the choice means itself.
+void SelectQuietly(QComboBox* list, int index);

@@ -1,5 +1,6 @@
 #include "ui/ComboIntervalLists.h"
 
+#include "ports/MeterChoices.h"
 #include "ui/ChoiceLists.h"
 
 #include <QComboBox>

@@ -1,6 +1,7 @@
 #include "ui/FormBinding.h"
 
 #include "ui/MainForm.h"
+#include "ui/MeterFollowing.h"
 #include "ui/StateColours.h"
 #include "ui/TrafficView.h"
 
@@ -19,42 +20,22 @@ constexpr int kEchoLines = 500;
 
 FormBinding::FormBinding(MainForm& form)
     : prompts(&form),
-      screen(form),
       intervalLists(form.Combo_LP_Start_No, form.Combo_LP_Stop_No),
-      session(SessionPorts{screen, screen, prompts, intervalLists, clock}),
-      settingsTab(form, session.settings),
+      session(SessionPorts{prompts, intervalLists, clock}),
+      settingsTab(form, session, prompts),
+      loadProfile(form, session, prompts),
       portList(form.Combo_CommPort, session, prompts, &form),
       m_form(form),
+      m_screen(form),
+      m_display(m_screen),
       // The real-time tab is the first.
       m_staleReadings(*form.tabs->widget(0), *form.lbl_LastGoodReading, session.freshness)
 {
     ConnectConnectionControls();
     ConnectStatusArea();
+    ConnectRealTimeDisplay();
     ConnectItemLists();
-    ConnectLoadProfile();
     form.trafficView->Attach(session.traffic);
-}
-
-void FormBinding::ConnectLoadProfile()
-{
-    MainForm& f = m_form;
-    LpGroupSettings& groups = session.lpGroups;
-    connect(f.Comm_LP_G1_Set, &QPushButton::clicked, &groups, &LpGroupSettings::Comm_LP_G1_Set_Click);
-    connect(f.Comm_LP_G2_Set, &QPushButton::clicked, &groups, &LpGroupSettings::Comm_LP_G2_Set_Click);
-    connect(f.Comm_Clr_G1_Data, &QPushButton::clicked, &groups, &LpGroupSettings::Comm_Clr_G1_Data_Click);
-    connect(f.Comm_Clr_G2_Data, &QPushButton::clicked, &groups, &LpGroupSettings::Comm_Clr_G2_Data_Click);
-
-    LpDownload& download = session.download;
-    connect(f.Command8, &QPushButton::clicked, &download, &LpDownload::Command8_Click);
-    m_lpChecks.Add(f.Combo_LP_Start_No, [&download] { download.Combo_LP_Start_No_Validate(); });
-    m_lpChecks.Add(f.Combo_LP_Stop_No, [&download] { download.Combo_LP_Stop_No_Validate(); });
-    connect(&download, &LpDownload::faceChanged, this, [this](LpDownload::Face face, const QString& caption) {
-        m_form.Command8->setText(caption);
-        if (face == LpDownload::Face::Normal)
-            ClearBackground(m_form.Command8);
-        else
-            SetBackground(m_form.Command8, face == LpDownload::Face::Reading ? kOnLineColour : kResumableColour);
-    });
 }
 
 void FormBinding::ConnectConnectionControls()
@@ -68,14 +49,26 @@ void FormBinding::ConnectConnectionControls()
     connect(m_form.On_Line, &QPushButton::clicked, this,
             [this] { session.ToggleOnLine(m_form.Combo_Modbus_add_sel->currentText()); });
     connect(&session, &MeterSession::onLineChanged, this, &FormBinding::ShowOnLineState);
+    session.settings.follow = [this](Setting setting, const SettingValue& written) {
+        FollowMeter(m_form, session, setting, written);
+    };
 }
 
 void FormBinding::ConnectStatusArea()
 {
+    connect(&session, &MeterSession::statusChanged, this, [this](const QString& text) { ShowInReadout(m_form.Text6, text); });
     m_form.Text12->setMaximumBlockCount(kEchoLines);
     connect(&session, &MeterSession::requestEcho, this,
             [this](const QString& echo) { m_form.Text12->appendPlainText(echo.trimmed()); });
     connect(m_form.chk_ShowFrames, &QCheckBox::toggled, this, [this](bool on) { session.ShowFrames(on); });
+}
+
+void FormBinding::ConnectRealTimeDisplay()
+{
+    connect(&session.poll, &PollCycle::blockRead, this,
+            [this](MeterReading::Block block, const MeterReading& reading) { m_display.ShowBlock(block, reading); });
+    // The meter's list of display items is shown once more after a new item was sent.
+    connect(&session.settings, &MeterSettings::displayItemSent, this, [this] { m_display.bDisplayItemSent = kTrue; });
 }
 
 // Each button shows and hides its list of item codes, its caption saying what a click does.
@@ -105,7 +98,9 @@ void FormBinding::ShowOnLineState(bool onLine)
     f.Combo_CommPort->setEnabled(!onLine);
     f.Combo_BaudRate_Sel->setEnabled(!onLine);
     f.Combo_Modbus_add_sel->setEnabled(true);
+    ShowInReadout(f.txt_Online, onLine ? QStringLiteral("On Line") : QStringLiteral("Off Line"));
     SetBackground(f.txt_Online, onLine ? kOnLineColour : kOffLineColour);
+    ShowInReadout(f.txt_OffLineReason, session.OffLineReason());
 
     // Command11 is disabled with the others but never enabled again: its viewer is not served.
     const QList<QWidget*> meterControls = {

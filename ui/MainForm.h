@@ -22,9 +22,9 @@ class QTableWidget;
 class QTabWidget;
 class TrafficView;
 
-// The tool's one window. Its controls are public and carry the names the core addresses its
-// fields by (through the screen it is given) and the tests look them up by. The constructor
-// only builds the controls; Form_Load puts them into the off-line starting state.
+// The tool's one window. Its controls are public and carry the names the window's bindings and
+// the tests look them up by. The constructor only builds the controls; Form_Load puts them
+// into the off-line starting state.
 class MainForm : public QMainWindow {
     Q_OBJECT
 public:

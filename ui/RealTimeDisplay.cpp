@@ -29,6 +29,17 @@ QString Number(int value)
 
 } // namespace
 
+void RealTimeDisplay::ShowBlock(MeterReading::Block block, const MeterReading& reading)
+{
+    switch (block) {
+    case MeterReading::RealTimeImage: ShowRealTimeData(reading); break;
+    case MeterReading::Frequency: ShowFrequency(reading); break;
+    case MeterReading::Energy: ShowEnergyData(reading); break;
+    case MeterReading::Ratios: ShowRatios(reading); break;
+    case MeterReading::PtRatio2: ShowPtRatio2(reading); break;
+    }
+}
+
 void RealTimeDisplay::ShowRealTimeData(const MeterReading& reading)
 {
     ShowMeasurements(reading);

@@ -11,6 +11,8 @@ class RealTimeDisplay {
 public:
     explicit RealTimeDisplay(Screen& screen) : m_screen(screen) {}
 
+    // The block the poll just read, on its fields.
+    void ShowBlock(MeterReading::Block block, const MeterReading& reading);
     // Measurements, meter clock, identification, load-profile status, wiring and phase
     // sequence, and the display items once after they were sent.
     void ShowRealTimeData(const MeterReading& reading);

@@ -1,6 +1,9 @@
 #include "ui/SettingsTabBinding.h"
 
-#include "settings/MeterSettings.h"
+#include "ports/OperatorPrompts.h"
+#include "session/MeterSession.h"
+#include "ui/ConfirmedRequest.h"
+#include "ui/FieldValues.h"
 #include "ui/MainForm.h"
 #include "ui/StateColours.h"
 
@@ -17,13 +20,14 @@ const QString kDiffersMark = QStringLiteral("≠ ");
 
 } // namespace
 
-SettingsTabBinding::SettingsTabBinding(MainForm& form, MeterSettings& settings)
-    : m_form(form), m_settings(settings)
+SettingsTabBinding::SettingsTabBinding(MainForm& form, MeterSession& session, OperatorPrompts& prompts)
+    : m_form(form), m_session(session), m_prompts(prompts)
 {
     ConnectButtons();
     ConnectChecks();
-    connect(&m_settings, &MeterSettings::readBackChanged, this, &SettingsTabBinding::ShowReadBack);
-    connect(&m_settings.history, &SettingsHistory::changed, this, &SettingsTabBinding::ShowHistory);
+    MeterSettings& settings = session.settings;
+    connect(&settings, &MeterSettings::readBackChanged, this, &SettingsTabBinding::ShowReadBack);
+    connect(&settings.history, &SettingsHistory::changed, this, &SettingsTabBinding::ShowHistory);
     // A new choice is compared with what the meter holds at once, not at the next reading.
     for (QComboBox* list : {form.Combo_Modbus_add, form.Combo_Modbus_BaudRate, form.Combo_SetStopBit,
                             form.Combo_SetWiring, form.Combo_PT_Ratio, form.Combo_CT_Ratio, form.Combo1,
@@ -33,42 +37,83 @@ SettingsTabBinding::SettingsTabBinding(MainForm& form, MeterSettings& settings)
         connect(field, &QLineEdit::textChanged, this, &SettingsTabBinding::ShowReadBack);
 }
 
+// A click only asks for the command, and only while the fields hold text; the tick that
+// serves it reads them.
 void SettingsTabBinding::ConnectButtons()
 {
     MainForm& f = m_form;
-    const QList<std::pair<QPushButton*, void (MeterSettings::*)()>> buttons{
-        {f.cmd_Test_Modbus, &MeterSettings::cmd_Test_Modbus_Click},
-        {f.Cmd_Modbus_BaudRate, &MeterSettings::Cmd_Modbus_BaudRate_Click},
-        {f.Comm_Change_StopBit, &MeterSettings::Comm_Change_StopBit_Click},
-        {f.Comm_ChangeWiring, &MeterSettings::Comm_ChangeWiring_Click},
-        {f.Cmd_PT_Ratio, &MeterSettings::Cmd_PT_Ratio_Click},
-        {f.Comm_change_VT, &MeterSettings::Comm_change_VT_Click},
-        {f.Cmd_CT_Ratio, &MeterSettings::Cmd_CT_Ratio_Click},
-        {f.Comm_SetTime, &MeterSettings::Comm_SetTime_Click},
-        {f.Command1, &MeterSettings::Command1_Click},
-        {f.Cmd_Dis_MFGSerial, &MeterSettings::Cmd_Dis_MFGSerial_Click},
-        {f.Command5, &MeterSettings::Command5_Click},
-        {f.Command6, &MeterSettings::Command6_Click},
+    m_buttons = {
+        {f.cmd_Test_Modbus, Setting::Address, {f.Combo_Modbus_add}},           // cmd_Test_Modbus_Click
+        {f.Cmd_Modbus_BaudRate, Setting::BaudRate, {f.Combo_Modbus_BaudRate}}, // Cmd_Modbus_BaudRate_Click
+        {f.Comm_Change_StopBit, Setting::StopBit, {f.Combo_SetStopBit}},       // Comm_Change_StopBit_Click
+        {f.Comm_ChangeWiring, Setting::Wiring, {f.Combo_SetWiring}},           // Comm_ChangeWiring_Click
+        {f.Cmd_PT_Ratio, Setting::PtRatio1, {f.Combo_PT_Ratio}},               // Cmd_PT_Ratio_Click
+        {f.Comm_change_VT, Setting::PtRatio2, {f.txtPT1, f.txtPT2}},           // Comm_change_VT_Click
+        {f.Cmd_CT_Ratio, Setting::CtRatio, {f.Combo_CT_Ratio}},                // Cmd_CT_Ratio_Click
+        {f.Comm_SetTime, Setting::Clock, {}},                                  // Comm_SetTime_Click
+        {f.Cmd_Dis_MFGSerial, Setting::SerialDisplay, {}},                     // Cmd_Dis_MFGSerial_Click
+        {f.Command5, Setting::DisplayItem, {f.Combo_Display_Ser_sel, f.Combo_Display_Item_sel}}, // Command5_Click
+        {f.Command6, Setting::ScrollTime, {f.Combo1}},                         // Command6_Click
     };
-    for (const auto& [button, click] : buttons)
-        connect(button, &QPushButton::clicked, &m_settings, click);
+    for (const SettingButton& entry : m_buttons) {
+        connect(entry.button, &QPushButton::clicked, this, [this, entry] {
+            if (AllFilled(entry.fields))
+                m_session.Request(entry.setting, FieldsSource(entry.setting, entry.fields), m_session.connection.Number());
+        });
+    }
+    connect(f.Command1, &QPushButton::clicked, this, &SettingsTabBinding::Command1_Click);
+}
+
+void SettingsTabBinding::Command1_Click()
+{
+    RequestConfirmed(m_session, Setting::ClearKwh, FixedValue({}), [this] {
+        return m_prompts.Confirm(QStringLiteral("Clr kWh"), QStringLiteral("Clear all total kWh？"));
+    });
 }
 
 void SettingsTabBinding::ConnectChecks()
 {
-    const QList<std::pair<QWidget*, void (MeterSettings::*)()>> checks{
-        {m_form.Combo_Modbus_add, &MeterSettings::Combo_Modbus_add_Validate},
-        {m_form.Combo_Modbus_add_sel, &MeterSettings::Combo_Modbus_add_sel_Validate},
-        {m_form.Combo_CT_Ratio, &MeterSettings::Combo_CT_Ratio_Validate},
-        {m_form.Combo_PT_Ratio, &MeterSettings::Combo_PT_Ratio_Validate},
+    const QList<std::pair<QComboBox*, TypedField>> checks{
+        {m_form.Combo_Modbus_add, TypedField::NewAddress}, // Combo_Modbus_add_Validate
+        {m_form.Combo_CT_Ratio, TypedField::CtRatio},      // Combo_CT_Ratio_Validate
+        {m_form.Combo_PT_Ratio, TypedField::PtRatio},      // Combo_PT_Ratio_Validate
     };
     for (const auto& [field, check] : checks)
-        m_checks.Add(field, [this, check = check] { (m_settings.*check)(); });
+        m_checks.Add(field, [this, field = field, check = check] { Validate(field, check); });
+    m_checks.Add(m_form.Combo_Modbus_add_sel, [this] { Combo_Modbus_add_sel_Validate(); });
+}
+
+// A refused value is reported and emptied, so that its button does nothing.
+bool SettingsTabBinding::Validate(QComboBox* field, TypedField check)
+{
+    const FieldCheck result = CheckTypedField(check, field->currentText());
+    if (!result.accepted) {
+        m_prompts.Critical(result.message);
+        field->setEditText(QString());
+    }
+    return result.accepted;
+}
+
+// A whole number accepted here becomes the address every request goes to.
+void SettingsTabBinding::Combo_Modbus_add_sel_Validate()
+{
+    if (Validate(m_form.Combo_Modbus_add_sel, TypedField::TalkAddress))
+        m_session.ChooseAddress(m_form.Combo_Modbus_add_sel->currentText());
+}
+
+SourcedValue SettingsTabBinding::Chosen(Setting setting) const
+{
+    for (const SettingButton& entry : m_buttons) {
+        if (entry.setting == setting)
+            return ValueOfFields(setting, entry.fields);
+    }
+    return {};
 }
 
 void SettingsTabBinding::ShowReadBack()
 {
-    for (const SettingReadbackRow& row : m_settings.ReadBack()) {
+    const auto chosen = [this](Setting setting) { return Chosen(setting); };
+    for (const SettingReadbackRow& row : m_session.settings.ReadBack(chosen)) {
         QLineEdit* field = m_form.SettingReadbacks.value(row.setting);
         field->setText(row.differs ? kDiffersMark + row.meter : row.meter);
         field->setCursorPosition(0);
@@ -83,15 +128,15 @@ void SettingsTabBinding::ShowReadBack()
 
 void SettingsTabBinding::ShowHistory()
 {
-    const QList<HistoryEntry>& entries = m_settings.history.Entries();
+    const QList<SettingOutcome>& entries = m_session.settings.history.Entries();
     QTableWidget* table = m_form.tbl_SettingsHistory;
     table->setRowCount(int(entries.size()));
     // Newest first.
     for (int row = 0; row < entries.size(); ++row) {
-        const HistoryEntry& e = entries[entries.size() - 1 - row];
+        const SettingOutcome& e = entries[entries.size() - 1 - row];
         const QString from = e.from.isEmpty() ? QStringLiteral("?") : e.from;
         const QStringList cells{e.at.toString(QStringLiteral("HH:mm:ss")), SettingName(e.setting),
-                                from + QStringLiteral(" → ") + e.to, e.outcome};
+                                from + QStringLiteral(" → ") + e.to, e.Text()};
         for (int column = 0; column < cells.size(); ++column)
             table->setItem(row, column, new QTableWidgetItem(cells[column]));
     }

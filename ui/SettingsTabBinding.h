@@ -1,26 +1,47 @@
 #pragma once
 
+#include "settings/InputChecks.h"
+#include "settings/Setting.h"
+#include "settings/SettingValue.h"
 #include "ui/LeaveChecks.h"
 
+#include <QList>
 #include <QObject>
 
 class MainForm;
-class MeterSettings;
+class MeterSession;
+class OperatorPrompts;
+class QComboBox;
+class QPushButton;
 
 // Binds the "Meter Settig" tab to the meter's settings: the buttons, the checks of the typed
 // fields as they lose the focus, what the meter holds beside each setting, and the history.
 class SettingsTabBinding : public QObject {
     Q_OBJECT
 public:
-    SettingsTabBinding(MainForm& form, MeterSettings& settings);
+    SettingsTabBinding(MainForm& form, MeterSession& session, OperatorPrompts& prompts);
 
 private:
+    // A button that asks for its setting with the value its fields hold when the command is
+    // served.
+    struct SettingButton {
+        QPushButton* button;
+        Setting setting;
+        QList<QWidget*> fields;
+    };
+
     void ConnectButtons();
+    void Command1_Click();
     void ConnectChecks();
+    bool Validate(QComboBox* field, TypedField check);
+    void Combo_Modbus_add_sel_Validate();
+    SourcedValue Chosen(Setting setting) const;
     void ShowReadBack();
     void ShowHistory();
 
     MainForm& m_form;
-    MeterSettings& m_settings;
+    MeterSession& m_session;
+    OperatorPrompts& m_prompts;
+    QList<SettingButton> m_buttons;
     LeaveChecks m_checks;
 };

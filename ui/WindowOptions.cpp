@@ -1,7 +1,8 @@
 #include "ui/WindowOptions.h"
 
 #include "connection/PortCatalog.h"
-#include "ui/ChoiceLists.h"
+#include "ports/MeterChoices.h"
+#include "session/MeterSession.h"
 #include "ui/MainForm.h"
 
 #include <QComboBox>
@@ -18,11 +19,31 @@ WindowStart Refuse(const QString& why)
     return {std::nullopt, kBadOption, QStringLiteral("%1: %2\nTry '%1 --help'.\n").arg(program, why)};
 }
 
-// "9600 or 19200", "1 to 247".
+// "9600 or 19200", "1 to 250".
 QString Allowed(const QStringList& entries)
 {
     return entries.size() > 2 ? QStringLiteral("%1 to %2").arg(entries.first(), entries.last())
                               : entries.join(QStringLiteral(" or "));
+}
+
+// Every address the tool can reach a meter at, also those beyond the address list's entries,
+// which the operator types.
+QStringList TalkAddresses()
+{
+    return NumberTexts(kLowestAddress, kHighestAddress);
+}
+
+// Picks the entry that reads `address`, or types it when the list has none: either way the
+// address is the one the session talks to.
+void ChooseAddress(MainForm& form, const QString& address)
+{
+    QComboBox* list = form.Combo_Modbus_add_sel;
+    if (const int entry = list->findText(address); entry >= 0) {
+        list->setCurrentIndex(entry);
+        return;
+    }
+    list->setEditText(address);
+    form.session().ChooseAddress(address);
 }
 
 } // namespace
@@ -49,7 +70,7 @@ WindowStart ReadWindowOptions(const QStringList& arguments)
     const QCommandLineOption stopBits(QStringLiteral("stop-bits"),
         QStringLiteral("Stop bits of the PC's port: %1.").arg(Allowed(StopBitTexts())), QStringLiteral("BITS"));
     const QCommandLineOption address(QStringLiteral("address"),
-        QStringLiteral("Modbus address of the meter: %1.").arg(Allowed(AddressTexts())), QStringLiteral("ADDRESS"));
+        QStringLiteral("Modbus address of the meter: %1.").arg(Allowed(TalkAddresses())), QStringLiteral("ADDRESS"));
     const QCommandLineOption simulated(QStringLiteral("simulated-meter"), QStringLiteral("The same as --port sim."));
     QCommandLineOption platform(QStringLiteral("platform"), QString(), QStringLiteral("NAME"));
     platform.setFlags(QCommandLineOption::HiddenFromHelp);
@@ -78,7 +99,7 @@ WindowStart ReadWindowOptions(const QStringList& arguments)
     const struct {
         const QCommandLineOption& option;
         QStringList allowed;
-    } lists[] = {{baud, BaudRateTexts()}, {stopBits, StopBitTexts()}, {address, AddressTexts()}};
+    } lists[] = {{baud, BaudRateTexts()}, {stopBits, StopBitTexts()}, {address, TalkAddresses()}};
     for (const auto& list : lists) {
         const QString value = parser.value(list.option);
         if (parser.isSet(list.option) && !list.allowed.contains(value)) {
@@ -99,6 +120,7 @@ bool ApplyWindowOptions(MainForm& form, const WindowOptions& options, QString* e
     };
     pick(form.Combo_BaudRate_Sel, options.baudRate);
     pick(form.Combo_StopBit, options.stopBits);
-    pick(form.Combo_Modbus_add_sel, options.address);
+    if (!options.address.isEmpty())
+        ChooseAddress(form, options.address);
     return true;
 }

@@ -15,8 +15,9 @@ const QCommandLineOption kBaud(QStringLiteral("baud"), QStringLiteral("Baud rate
                                QStringLiteral("RATE"), QStringLiteral("19200"));
 const QCommandLineOption kStopBits(QStringLiteral("stop-bits"), QStringLiteral("Stop bits: 1 or 2 (default 1)."),
                                    QStringLiteral("N"), QStringLiteral("1"));
-const QCommandLineOption kAddress(QStringLiteral("address"), QStringLiteral("The meter's Modbus address, 1 to 247 (default 15)."),
-                                  QStringLiteral("N"), QStringLiteral("15"));
+const QCommandLineOption kAddress(QStringLiteral("address"),
+    QStringLiteral("The meter's Modbus address, %1 to %2 (default 15).").arg(kLowestAddress).arg(kHighestAddress),
+    QStringLiteral("N"), QStringLiteral("15"));
 const QCommandLineOption kTimeout(QStringLiteral("timeout"),
     QStringLiteral("Seconds each of the five attempts of a request waits for the reply (default 2)."),
     QStringLiteral("SECONDS"), QStringLiteral("2"));
@@ -76,8 +77,9 @@ std::optional<LineOptions> CommandLine::Line() const
     }
     bool ok = false;
     line.address = m_parser.value(kAddress).toInt(&ok);
-    if (!ok || line.address < 1 || line.address > 247) {
-        Fail(kExitBadArguments, QStringLiteral("--address must be 1 to 247, not \"%1\"").arg(m_parser.value(kAddress)));
+    if (!ok || line.address < kLowestAddress || line.address > kHighestAddress) {
+        Fail(kExitBadArguments, QStringLiteral("--address must be %1 to %2, not \"%3\"")
+                                    .arg(kLowestAddress).arg(kHighestAddress).arg(m_parser.value(kAddress)));
         return std::nullopt;
     }
     const double seconds = m_parser.value(kTimeout).toDouble(&ok);

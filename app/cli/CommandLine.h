@@ -13,7 +13,7 @@ struct LineOptions {
     QString port;               // a device path, a port number as the window counts, "sim", "tcp://host:port"
     QString baudRate;           // "9600" or "19200"
     QString stopBits;           // "1" or "2"
-    int address = 15;           // 1 to 247
+    int address = 15;           // kLowestAddress to kHighestAddress
     int replyTimeoutMs = 2000;  // one attempt's wait for its reply
 };
 

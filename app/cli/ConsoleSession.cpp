@@ -45,29 +45,17 @@ std::unique_ptr<sim::SimulatedMeterHost> NewSimulatedMeter()
     return std::make_unique<sim::SimulatedMeterHost>(SimulatedMeterModel());
 }
 
-bool ConsolePrompts::AskYesNo(const QString& text)
-{
-    questions.append(text);
-    return answer;
-}
-
-bool ConsolePrompts::Confirm(const QString& caption, const QString& question)
-{
-    questions.append(caption + QStringLiteral(": ") + question);
-    return answer;
-}
-
 ConsoleSession::ConsoleSession(const LineOptions& line)
-    : m_line(line), m_termination(std::make_unique<TerminationSignals>())
+    : m_line(line),
+      m_session(std::make_unique<MeterSession>(SessionPorts{m_prompts, m_lists, m_clock})),
+      m_termination(std::make_unique<TerminationSignals>())
 {
-    // The lists as a run starts, ready for a command's choices before it goes on line.
-    screen.FillStartUpLists();
-    m_session = std::make_unique<MeterSession>(SessionPorts{screen, screen, prompts, m_lists, m_clock});
     QObject::connect(m_termination.get(), &TerminationSignals::received, [this] {
         m_interrupted = true;
         Wake();
     });
     QObject::connect(&m_session->poll, &PollCycle::tickEnded, [this] { Wake(); });
+    QObject::connect(&m_session->settings.history, &SettingsHistory::settled, [this] { Wake(); });
     QObject::connect(m_session.get(), &MeterSession::onLineChanged, [this] { Wake(); });
 }
 
@@ -89,22 +77,13 @@ int ConsoleSession::GoOnLine()
     }
     m_session->SetPortEntries(port->entries);
     m_session->ChoosePort(port->index);
-
-    // The lists move as the operator's picks would, so that the commands that follow the
-    // meter (a new address or baud rate) find them where the window has them.
-    const auto pick = [this](const char* list, const QString& text) {
-        screen.Select(QLatin1String(list), int(screen.entries.value(QLatin1String(list)).indexOf(text)));
-    };
-    const QString address = QString::number(m_line.address);
-    pick("Combo_BaudRate_Sel", m_line.baudRate);
-    pick("Combo_StopBit", m_line.stopBits);
-    pick("Combo_Modbus_add_sel", address);
     m_session->ChooseLine(m_line.baudRate, m_line.stopBits);
+    const QString address = QString::number(m_line.address);
     m_session->ChooseAddress(address);
     m_session->connection.link.replyTimeoutMs = m_line.replyTimeoutMs;
 
     m_session->ToggleOnLine(address);
-    if (m_session->connection.bOnLine.isTrue())
+    if (m_session->OnLine())
         return kExitOk;
     return Fail(kExitPortUnusable, OffLineReason());
 }
@@ -122,7 +101,7 @@ std::optional<MeterReading> ConsoleSession::NextReading()
 bool ConsoleSession::Await(const std::function<bool()>& done)
 {
     while (!done()) {
-        if (m_interrupted || !m_session->connection.bOnLine.isTrue())
+        if (m_interrupted || !m_session->OnLine())
             return false;
         QEventLoop loop;
         m_wait = &loop;
@@ -147,8 +126,7 @@ int ConsoleSession::Ended() const
 
 QString ConsoleSession::OffLineReason() const
 {
-    QString reason = screen.Text(QStringLiteral("txt_OffLineReason"));
-    if (reason.isEmpty())
-        reason = screen.Text(QStringLiteral("Text6"));
-    return reason.isEmpty() ? QStringLiteral("the tool went off line") : reason;
+    if (!m_session->OffLineReason().isEmpty())
+        return m_session->OffLineReason();
+    return m_session->Status().isEmpty() ? QStringLiteral("the tool went off line") : m_session->Status();
 }

@@ -1,36 +1,33 @@
 #pragma once
 
 #include "app/cli/CommandLine.h"
-#include "session/MeterSession.h"
 #include "measure/MeterReading.h"
 #include "ports/Clock.h"
 #include "ports/IntervalLists.h"
 #include "ports/OperatorPrompts.h"
-#include "ui/TextScreen.h"
-
-#include <QStringList>
+#include "session/MeterSession.h"
 
 #include <functional>
 #include <memory>
 #include <optional>
 
 class QEventLoop;
+class TerminationSignals;
 
 namespace sim {
 class SimulatedMeterHost;
 }
 
-// The operator's answers, given on the command line before the session starts: a question
-// is answered with `answer`, and every error box is kept to be reported.
+// The questions the core may still put: a command line asks nothing once it runs. What went
+// wrong reaches the command through the session's status and off-line reason, not a box.
 class ConsolePrompts : public OperatorPrompts {
 public:
-    void Critical(const QString& text) override { errors.append(text); }
-    bool AskYesNo(const QString& text) override;
-    bool Confirm(const QString& caption, const QString& question) override;
-
-    QStringList errors;
-    QStringList questions;
-    bool answer = false;
+    void Critical(const QString&) override {}
+    // Only a download asks, whether to go on with the one it broke off: a run always does.
+    bool AskYesNo(const QString&) override { return true; }
+    // Whatever deletes data was confirmed with --yes before it was asked for; anything else
+    // is answered with the safe No.
+    bool Confirm(const QString&, const QString&) override { return false; }
 };
 
 // The port list as the window would hold it, and the entry a --port option names in it.
@@ -53,9 +50,9 @@ public:
     void ShowFirstEntry() override {}
 };
 
-// The meter session of one command, presented on a map of texts: the window's session with
-// the same lists, checks and rules, and the command's options standing in for the operator's
-// picks. With --port sim it starts the simulated meter on a pseudo-terminal of its own.
+// The meter session of one command: the window's session with the same checks and rules, the
+// command's options standing in for the operator's picks. With --port sim it starts the
+// simulated meter on a pseudo-terminal of its own.
 class ConsoleSession {
 public:
     explicit ConsoleSession(const LineOptions& line);
@@ -70,10 +67,11 @@ public:
     // line first or the wait was interrupted: `Ended()` tells which.
     std::optional<MeterReading> NextReading();
     // Runs the event loop until `done` holds. It is checked after each poll tick, each change
-    // of the connection and each Wake(); false when the tool went off line or Ctrl-C came first.
+    // of the connection, each settled setting and each Wake(); false when the tool went off
+    // line or Ctrl-C came first.
     bool Await(const std::function<bool()>& done);
     // Has the running Await() check its condition again: for what ends a wait besides the
-    // poll ticks (a download step, say).
+    // session's own signals (a download step, say).
     void Wake();
 
     // After a wait that came back empty: the exit status and the message for stderr.
@@ -83,12 +81,10 @@ public:
     QString OffLineReason() const;
 
     MeterSession& session() { return *m_session; }
-    // Holds the start-up lists from the start: a command makes its choices before going on line.
-    TextScreen screen;
-    ConsolePrompts prompts;
 
 private:
     LineOptions m_line;
+    ConsolePrompts m_prompts;
     NoIntervalLists m_lists;
     SystemClock m_clock;
     std::unique_ptr<sim::SimulatedMeterHost> m_simulator;

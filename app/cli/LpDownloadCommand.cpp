@@ -5,8 +5,9 @@
 #include "app/cli/ConsoleSession.h"
 #include "app/cli/ExitCodes.h"
 #include "app/cli/LpProgress.h"
-#include "loadprofile/LpProgressRecord.h"
 #include "loadprofile/LpCsvFile.h"
+#include "loadprofile/LpProgressRecord.h"
+#include "loadprofile/LpResume.h"
 
 #include <QDir>
 #include <QFile>
@@ -17,13 +18,6 @@
 #include <memory>
 
 namespace {
-
-const QString kGroupList = QStringLiteral("Combo_LP_Read_Group_Sel");
-const QString kStartList = QStringLiteral("Combo_LP_Start_No");
-const QString kStopList = QStringLiteral("Combo_LP_Stop_No");
-
-// A step writes at most four rows; no row of 14 channels comes near 1 KiB.
-constexpr qint64 kMaxStepBytes = 4 * 1024;
 
 const QCommandLineOption kGroup(QStringLiteral("group"), QStringLiteral("The load-profile group: 1 or 2."), QStringLiteral("N"));
 const QCommandLineOption kFrom(QStringLiteral("from"), QStringLiteral("The first interval, counted from 1 (default 1)."), QStringLiteral("N"));
@@ -94,38 +88,6 @@ std::optional<Request> RequestOf(const CommandLine& line)
     return request;
 }
 
-// The file of the interrupted download must end where its record says. A run killed between a
-// step's rows and its record leaves those rows behind that point: they are cut off, to be read
-// again. Anything else (a shorter file, another download's block) is refused.
-std::optional<QString> MatchRecordedLength(const QString& path, qint64 size)
-{
-    if (!QFileInfo(path).isFile())
-        return QStringLiteral("the file of the interrupted download, %1, is gone").arg(QDir::toNativeSeparators(path));
-    QFile file(path);
-    if (!file.open(QIODevice::ReadWrite))
-        return QStringLiteral("cannot open %1: %2").arg(QDir::toNativeSeparators(path), file.errorString());
-    if (file.size() == size)
-        return std::nullopt;
-    if (file.size() > size && file.size() - size <= kMaxStepBytes && file.seek(size)) {
-        const QByteArray tail = file.readAll();
-        const bool rowsOfAStep = tail.endsWith("\r\n") && tail.count('\n') <= LpDownload::kRecordsPerStep
-            && !tail.startsWith("Date") && !tail.contains("\nDate");
-        if (rowsOfAStep && file.resize(size))
-            return std::nullopt;
-    }
-    return QStringLiteral("%1 is %2 bytes long where the interrupted download left %3: it was changed since, and "
-                          "rows appended now would not follow the ones before")
-        .arg(QDir::toNativeSeparators(path)).arg(file.size()).arg(size);
-}
-
-QString CodesText(const QList<int>& codes)
-{
-    QStringList texts;
-    for (int code : codes)
-        texts.append(QString::number(code));
-    return texts.join(u',');
-}
-
 // One run of the command: on line, the download started or continued, followed to its end.
 class LpDownloadRun {
 public:
@@ -138,8 +100,8 @@ private:
     // Each gives the exit status when the download did not start.
     std::optional<int> Start(const MeterReading::LoadProfileGroup& group);
     std::optional<int> Continue(const MeterReading::LoadProfileGroup& group);
-    std::optional<int> Click(qint32 first, qint32 last);
-    int NotStarted();
+    std::optional<int> Begin(qint32 first, qint32 last);
+    int NotStarted(LpStart result);
     int Follow();
     void RowsSaved();
     int Outcome();
@@ -155,6 +117,8 @@ private:
     qint32 m_firstHere = 0; // the first interval of this run
     std::optional<QString> m_recordError;
     std::unique_ptr<LpProgress> m_progress;
+    std::optional<LpEnd> m_end;
+    QString m_endWhy;
 };
 
 int LpDownloadRun::Run()
@@ -178,8 +142,6 @@ int LpDownloadRun::Run()
     }
     m_folder = folder->path;
     m_recordPath = QDir(m_folder).filePath(LpProgressRecord::FileName(reading->identification, m_request.group));
-    TextScreen& screen = m_console.screen;
-    screen.Select(kGroupList, int(screen.entries.value(kGroupList).indexOf(QString::number(m_request.group))));
     const MeterReading::LoadProfileGroup& group = reading->loadProfile[std::size_t(m_request.group - 1)];
     if (const std::optional<int> status = m_request.resume ? Continue(group) : Start(group))
         return *status;
@@ -194,22 +156,17 @@ std::optional<int> LpDownloadRun::Start(const MeterReading::LoadProfileGroup& gr
     }
     const qint32 first = m_request.from.value_or(1);
     const qint32 last = m_request.to.value_or(group.validIntervals);
-    m_console.screen.SetText(kStartList, QString::number(first));
-    m_console.screen.SetText(kStopList, QString::number(last));
-    LpDownload& lp = download();
-    // The lists' own checks as they lose the focus.
-    lp.Combo_LP_Start_No_Validate();
-    lp.Combo_LP_Stop_No_Validate();
-    if (!m_console.prompts.errors.isEmpty()) {
-        return Fail(kExitBadArguments, QStringLiteral("%1 (group %2 holds %3 valid intervals)")
-                                           .arg(m_console.prompts.errors.first()).arg(m_request.group).arg(group.validIntervals));
+    // As the window's start and stop lists refuse an interval the meter has not recorded.
+    if (first > group.validIntervals || last > group.validIntervals) {
+        return Fail(kExitBadArguments, QStringLiteral("Over Interval Valid limit (group %1 holds %2 valid intervals)")
+                                           .arg(m_request.group).arg(group.validIntervals));
     }
     m_record.group = m_request.group;
     m_record.channels = group.channelCount;
     m_record.codes = group.channelCodes.mid(0, group.channelCount);
     m_record.first = first;
     m_record.last = last;
-    return Click(first, last);
+    return Begin(first, last);
 }
 
 std::optional<int> LpDownloadRun::Continue(const MeterReading::LoadProfileGroup& group)
@@ -222,59 +179,41 @@ std::optional<int> LpDownloadRun::Continue(const MeterReading::LoadProfileGroup&
     const std::optional<LpProgressRecord> record = LpProgressRecord::Load(m_recordPath, &error);
     if (!record)
         return Fail(kExitBadArguments, QStringLiteral("--continue: ") + error);
-    const QList<int> codes = group.channelCodes.mid(0, group.channelCount);
-    if (group.channelCount != record->channels || codes != record->codes) {
-        return Fail(kExitRefused, QStringLiteral("--continue: group %1 of the meter now records %2 channels (codes %3), the "
-                                                 "interrupted download %4 (codes %5): the rows would not match the file's "
-                                                 "columns. Start over without --continue.")
-                                      .arg(m_request.group).arg(group.channelCount).arg(CodesText(codes))
-                                      .arg(record->channels).arg(CodesText(record->codes)));
-    }
-    if (group.validIntervals < record->last) {
-        return Fail(kExitRefused, QStringLiteral("--continue: the meter holds %1 intervals of group %2, fewer than the "
-                                                 "interrupted download's last, %3: the group was cleared since. Start over "
-                                                 "without --continue.")
-                                      .arg(group.validIntervals).arg(m_request.group).arg(record->last));
-    }
-    const QString path = QDir(m_folder).filePath(record->file);
-    if (const auto mismatch = MatchRecordedLength(path, record->size))
-        return Fail(kExitRefused, QStringLiteral("--continue: ") + *mismatch + QStringLiteral(". Start over without --continue."));
+    if (const std::optional<QString> refused = PrepareLpResume(*record, m_folder, group))
+        return Fail(kExitRefused, QStringLiteral("--continue: %1. Start over without --continue.").arg(*refused));
     m_record = *record;
-    download().RestoreInterrupted(m_request.group - 1, record->channels, path, record->next - 1, record->last - 1);
-    // The window's question, "Continue Data saving before communication failure ?", answered Yes.
-    m_console.prompts.answer = true;
-    return Click(record->next, record->last);
+    download().RestoreInterrupted(m_request.group - 1, record->channels, QDir(m_folder).filePath(record->file),
+                                  record->next - 1, record->last - 1);
+    // The download asks whether to continue the one it holds: ConsolePrompts answers Yes.
+    return Begin(record->next, record->last);
 }
 
-// "Read and Save" with the range in the start and stop lists.
-std::optional<int> LpDownloadRun::Click(qint32 first, qint32 last)
+// The download of the range started, or the interrupted one continued, with its record beside it.
+std::optional<int> LpDownloadRun::Begin(qint32 first, qint32 last)
 {
-    m_console.screen.SetText(kStartList, QString::number(first));
-    m_console.screen.SetText(kStopList, QString::number(last));
     m_firstHere = first;
     LpDownload& lp = download();
-    lp.Command8_Click();
-    if (!m_console.prompts.errors.isEmpty())
-        return Fail(kExitBadArguments, m_console.prompts.errors.first());
-    if (!lp.Timer_RS_Lpf.isActive())
-        return NotStarted();
+    const LpStart started = lp.Start(m_request.group - 1, first, last);
+    if (started != LpStart::Started && started != LpStart::Continued)
+        return NotStarted(started);
     m_record.file = QFileInfo(lp.LpFilePath).fileName();
     m_record.next = first;
     m_record.size = QFileInfo(lp.LpFilePath).size();
     if (const auto error = m_record.Save(m_recordPath)) {
-        lp.Timer_RS_Lpf.stop();
+        lp.Stop();
         return Fail(kExitFileError, *error);
     }
     return std::nullopt;
 }
 
-int LpDownloadRun::NotStarted()
+int LpDownloadRun::NotStarted(LpStart result)
 {
-    const QString status = m_console.screen.Text(QStringLiteral("Text6"));
-    if (!m_console.session().connection.bOnLine.isTrue())
+    if (result == LpStart::NoRange || result == LpStart::RangeReversed)
+        return Fail(kExitBadArguments, LpStartMessage(result));
+    if (result == LpStart::OffLine)
         return Fail(kExitNoAnswer, m_console.OffLineReason());
-    // Before the file is chosen only the group's configuration stops a download.
-    return Fail(download().LpFilePath.isEmpty() ? kExitRefused : kExitFileError, status);
+    // The status line says why: the folder or the file, or the group's set-up.
+    return Fail(result == LpStart::FileError ? kExitFileError : kExitRefused, m_console.session().Status());
 }
 
 int LpDownloadRun::Follow()
@@ -282,9 +221,14 @@ int LpDownloadRun::Follow()
     LpDownload& lp = download();
     m_progress = std::make_unique<LpProgress>(m_record.last - m_record.first + 1, m_record.next - m_record.first);
     QObject::connect(&lp, &LpDownload::rowsSaved, [this] { RowsSaved(); });
-    QObject::connect(&lp, &LpDownload::faceChanged, [this] { m_console.Wake(); });
-    m_console.Await([&lp] { return !lp.Timer_RS_Lpf.isActive(); });
-    lp.Timer_RS_Lpf.stop();
+    QObject::connect(&lp, &LpDownload::finished, [this](LpEnd end, const QString& why) {
+        m_end = end;
+        m_endWhy = why;
+        m_console.Wake();
+    });
+    // Ctrl-C between two steps: the wait ends, and the download with it.
+    if (!m_console.Await([this] { return m_end.has_value(); }))
+        lp.Stop();
     m_progress->End();
     return Outcome();
 }
@@ -292,29 +236,25 @@ int LpDownloadRun::Follow()
 // After each step: the record follows the file, or goes once the range is done.
 void LpDownloadRun::RowsSaved()
 {
-    LpDownload& lp = download();
     const qint32 next = NextInterval();
     if (next > m_record.last) {
         QFile::remove(m_recordPath);
     } else {
         m_record.next = next;
-        m_record.size = QFileInfo(lp.LpFilePath).size();
+        m_record.size = QFileInfo(download().LpFilePath).size();
         m_recordError = m_record.Save(m_recordPath);
     }
     m_progress->Update(next - m_record.first);
-    // Ctrl-C stops the download after the step it came in.
+    // Ctrl-C stops the download after the step it came in; so does a record that cannot follow.
     if (m_recordError || m_console.Interrupted())
-        lp.Timer_RS_Lpf.stop();
-    m_console.Wake();
+        download().Stop();
 }
 
 int LpDownloadRun::Outcome()
 {
-    LpDownload& lp = download();
-    const qint32 next = NextInterval();
-    if (lp.bLpDownloadActive == kFalse) {
+    if (m_end == LpEnd::Finished) {
         QTextStream(stdout) << QStringLiteral("%1: %2 intervals written (%3 to %4 of group %5)")
-                                   .arg(QDir::toNativeSeparators(lp.LpFilePath)).arg(next - m_firstHere)
+                                   .arg(QDir::toNativeSeparators(download().LpFilePath)).arg(NextInterval() - m_firstHere)
                                    .arg(m_firstHere).arg(m_record.last).arg(m_request.group)
                             << Qt::endl;
         return kExitOk;
@@ -323,9 +263,9 @@ int LpDownloadRun::Outcome()
         return Fail(kExitFileError, *m_recordError + QStringLiteral("; ") + WhereItStopped());
     if (m_console.Interrupted())
         return Fail(kExitInterrupted, QStringLiteral("interrupted; ") + WhereItStopped());
-    if (!m_console.session().connection.bOnLine.isTrue())
-        return Fail(kExitNoAnswer, m_console.OffLineReason() + QStringLiteral("; ") + WhereItStopped());
-    return Fail(kExitFileError, m_console.screen.Text(QStringLiteral("Text6")) + QStringLiteral("; ") + WhereItStopped());
+    if (m_end == LpEnd::FileError)
+        return Fail(kExitFileError, m_endWhy + QStringLiteral("; ") + WhereItStopped());
+    return Fail(kExitNoAnswer, m_console.OffLineReason() + QStringLiteral("; ") + WhereItStopped());
 }
 
 qint32 LpDownloadRun::NextInterval()

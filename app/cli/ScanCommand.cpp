@@ -8,6 +8,7 @@
 #include "link/RtuFrames.h"
 #include "link/WatchedFlag.h"
 #include "measure/ReadingFields.h"
+#include "ports/MeterChoices.h"
 #include "sim/SimulatedMeterHost.h"
 #include "ports/TerminationSignals.h"
 
@@ -74,8 +75,7 @@ private:
         m_link.attempts = 1;
         m_link.replyTimeoutMs = m_line.replyTimeoutMs;
         m_link.ResetRxData();
-        return m_link.ReadRegisters(m_link.ModbusAddress, Rtu::kReadHolding, kSettingsStart,
-                                    kSettingsCount) == TransactionOutcome::Good;
+        return m_link.ReadRegisters(m_link.ModbusAddress, Rtu::kReadHolding, kSettingsStart, kSettingsCount).good();
     }
 
     // The identification, asked with the ordinary patience now that the meter is known to be there.
@@ -84,7 +84,7 @@ private:
         m_link.attempts = 2;
         m_link.replyTimeoutMs = RegisterLink::kReplyTimeoutMs;
         m_link.ResetRxData();
-        if (m_link.ReadRegisters(m_link.ModbusAddress, Rtu::kReadInput, kIdentificationStart, kIdentificationCount) != TransactionOutcome::Good)
+        if (!m_link.ReadRegisters(m_link.ModbusAddress, Rtu::kReadInput, kIdentificationStart, kIdentificationCount).good())
             return QStringLiteral("(no identification)");
         return IdentificationText(m_link.RxData.left(2 * kIdentificationCount));
     }
@@ -122,8 +122,12 @@ int RunScan(const QStringList& arguments)
                      QStringLiteral("Looks for a meter on the port: tries each address at each baud rate once, with a short "
                                     "time-out (--timeout, default 0.1 s), and reports what answered. Both baud rates are "
                                     "tried unless --baud is given; a network port is tried once."), true);
-    const QCommandLineOption from(QStringLiteral("from"), QStringLiteral("First address to try (default 1)."), QStringLiteral("N"), QStringLiteral("1"));
-    const QCommandLineOption to(QStringLiteral("to"), QStringLiteral("Last address to try (default 247)."), QStringLiteral("N"), QStringLiteral("247"));
+    const QString lowest = QString::number(kLowestAddress);
+    const QString highest = QString::number(kHighestAddress);
+    const QCommandLineOption from(QStringLiteral("from"), QStringLiteral("First address to try (default %1).").arg(lowest),
+                                  QStringLiteral("N"), lowest);
+    const QCommandLineOption to(QStringLiteral("to"), QStringLiteral("Last address to try (default %1).").arg(highest),
+                                QStringLiteral("N"), highest);
     const QCommandLineOption all(QStringLiteral("all"), QStringLiteral("Go on after the first meter that answers."));
     line.Add(from);
     line.Add(to);
@@ -137,8 +141,9 @@ int RunScan(const QStringList& arguments)
     bool ok2 = false;
     const int first = line.Value(from).toInt(&ok);
     const int last = line.Value(to).toInt(&ok2);
-    if (!ok || !ok2 || first < 1 || last > 247 || first > last)
-        return Fail(kExitBadArguments, QStringLiteral("--from and --to must be addresses 1 to 247, --from not above --to"));
+    if (!ok || !ok2 || first < kLowestAddress || last > kHighestAddress || first > last)
+        return Fail(kExitBadArguments, QStringLiteral("--from and --to must be addresses %1 to %2, --from not above --to")
+                                           .arg(lowest, highest));
     if (!line.LineOptionSet(QStringLiteral("timeout")))
         options->replyTimeoutMs = 100;
 

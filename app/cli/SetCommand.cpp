@@ -1,6 +1,6 @@
-// set: one meter setting written as the window's button writes it. The value goes into the
-// control the operator would pick or type it into, the control's own check and the button's
-// click handler run, the poll cycle sends it, and the settings history says how it ended.
+// set: one meter setting, written as the window writes it. The words are checked as the
+// operator's input is; once the meter answers, the setting is asked for with that value, the
+// poll cycle sends it and the settings history says how it ended.
 #include "app/cli/SetCommand.h"
 
 #include "app/cli/Commands.h"
@@ -10,57 +10,7 @@
 
 #include <QTextStream>
 
-
 namespace {
-
-enum class Entry { Picked, Typed };
-
-// A control a value goes into, and the check that runs as the operator leaves it.
-struct Field {
-    const char* control;
-    Entry entry;
-    void (MeterSettings::*check)() = nullptr;
-};
-
-struct MeterSetting {
-    const char* name;
-    const char* syntax;  // the values after the name, one word each
-    const char* meaning; // for --help; the entries of pick-only lists follow it
-    PendingCommands::Flag flag;
-    void (MeterSettings::*click)();
-    QList<Field> fields; // one per value
-};
-
-using S = MeterSettings;
-using P = PendingCommands;
-
-const MeterSetting kSettings[] = {
-    {"address", "N", "the meter's new Modbus address, 1 to 250; the tool follows it", &P::bPendingModbusAddr,
-     &S::cmd_Test_Modbus_Click, {{"Combo_Modbus_add", Entry::Typed, &S::Combo_Modbus_add_Validate}}},
-    {"baud", "RATE", "the meter's baud rate; the tool follows it", &P::bPendingBaudRate, &S::Cmd_Modbus_BaudRate_Click,
-     {{"Combo_Modbus_BaudRate", Entry::Picked}}},
-    {"stop-bits", "N", "the meter's stop bits; the tool follows them", &P::bPendingStopBit,
-     &S::Comm_Change_StopBit_Click, {{"Combo_SetStopBit", Entry::Picked}}},
-    {"wiring", "MODE", "the wiring mode", &P::bPendingWiring, &S::Comm_ChangeWiring_Click,
-     {{"Combo_SetWiring", Entry::Picked}}},
-    {"pt-ratio", "RATIO", "PT ratio 1: 0.1 to 6250 by 0.1 (the meter holds up to 3276.7)", &P::bPendingPtRatio,
-     &S::Cmd_PT_Ratio_Click, {{"Combo_PT_Ratio", Entry::Typed, &S::Combo_PT_Ratio_Validate}}},
-    {"pt-ratio-2", "PRIMARY SECONDARY", "PT ratio 2 from the primary and secondary voltages", &P::bPendingPtRatio2,
-     &S::Comm_change_VT_Click, {{"txtPT1", Entry::Typed}, {"txtPT2", Entry::Typed}}},
-    {"ct-ratio", "N", "the CT ratio, 1 to 2400", &P::bPendingCtRatio, &S::Cmd_CT_Ratio_Click,
-     {{"Combo_CT_Ratio", Entry::Typed, &S::Combo_CT_Ratio_Validate}}},
-    {"clock", "", "the meter's clock to the PC's date and time", &P::bPendingSetTime, &S::Comm_SetTime_Click, {}},
-    {"clear-kwh", "", "clears all total energy counters; only with --yes", &P::bPendingClearKwh, &S::Command1_Click, {}},
-    {"serial-display", "", "shows the manufacturing serial number on the meter's display", &P::bPendingMfgSerial,
-     &S::Cmd_Dis_MFGSerial_Click, {}},
-    {"display-item", "POSITION ITEM", "item at a position", &P::bPendingDisplayItem,
-     &S::Command5_Click, {{"Combo_Display_Ser_sel", Entry::Picked}, {"Combo_Display_Item_sel", Entry::Picked}}},
-    {"scroll-time", "SECONDS", "the display's scroll time", &P::bPendingScrollTime, &S::Command6_Click,
-     {{"Combo1", Entry::Picked}}},
-};
-
-const QString kGroupSetting = QStringLiteral("lp-group");
-const QString kGroupClear = QStringLiteral("lp-clear");
 
 const QCommandLineOption kYes(QStringLiteral("yes"),
     QStringLiteral("Answer the window's question (clear kWh, delete load-profile records) with OK."));
@@ -71,133 +21,242 @@ const QCommandLineOption kInterval(QStringLiteral("interval"), QStringLiteral("l
 const QCommandLineOption kCodes(QStringLiteral("codes"),
     QStringLiteral("lp-group: channel codes from channel 1 on, comma-separated (1,2,3)."), QStringLiteral("LIST"));
 
-const MeterSetting* Find(const QString& name)
+// The window's question before a write that deletes what cannot be had back.
+struct Question {
+    Setting setting;
+    const char* caption;
+    const char* text;
+};
+const Question kQuestions[] = {
+    {Setting::ClearKwh, "Clr kWh", "Clear all total kWh？"},
+    {Setting::LpClear1, "Load Profile", "Clear Group1 Data？"},
+    {Setting::LpClear2, "Load Profile", "Clear Group2 Data？"},
+    {Setting::LpGroup1, "Load Profile", "Warning : You will delete Load Profile Data "},
+    {Setting::LpGroup2, "Load Profile", "Warning : You will delete Load Profile Data "},
+};
+
+QString QuestionOf(Setting setting)
 {
-    for (const MeterSetting& setting : kSettings) {
-        if (name == QLatin1String(setting.name))
-            return &setting;
+    for (const Question& question : kQuestions) {
+        if (question.setting == setting)
+            return QString::fromUtf8(question.caption) + QStringLiteral(": ") + QString::fromUtf8(question.text);
     }
-    return nullptr;
-}
-
-QStringList Words(const MeterSetting& setting)
-{
-    return QString::fromLatin1(setting.syntax).split(QLatin1Char(' '), Qt::SkipEmptyParts);
-}
-
-QString Names()
-{
-    QStringList names;
-    for (const MeterSetting& setting : kSettings)
-        names.append(QLatin1String(setting.name));
-    return (names + QStringList{kGroupSetting, kGroupClear}).join(QStringLiteral(", "));
-}
-
-QString Help()
-{
-    TextScreen lists;
-    lists.FillStartUpLists();
-    QString text = QStringLiteral(
-        "Writes one setting to the meter as the window's button does, waits until the next readings show it\n"
-        "and prints the setting, its value before and after, and how the write ended. Exit status 0 only\n"
-        "when the meter was seen to hold the new value.\n\nSettings:\n");
-    for (const MeterSetting& setting : kSettings) {
-        const QStringList words = Words(setting);
-        QString meaning = QLatin1String(setting.meaning);
-        QStringList allowed;
-        for (qsizetype i = 0; i < setting.fields.size(); ++i) {
-            const Field& field = setting.fields[i];
-            if (field.entry == Entry::Picked) {
-                const QString values = AllowedValues(lists.entries.value(QLatin1String(field.control)));
-                allowed.append(words.size() > 1 ? words[i] + QLatin1Char(' ') + values : values);
-            }
-        }
-        if (!allowed.isEmpty())
-            meaning += QStringLiteral(": ") + allowed.join(QStringLiteral("; "));
-        const QString usage = (QLatin1String(setting.name) + QLatin1Char(' ') + words.join(QLatin1Char(' '))).trimmed();
-        text += QStringLiteral("  %1 %2\n").arg(usage.leftJustified(kHelpColumn), meaning);
-    }
-    return text + GroupSettingsHelp();
-}
-
-// Puts each value where the operator would and runs the field's check. 0, or the exit status
-// after a message on stderr.
-int Choose(ConsoleSession& console, const MeterSetting& setting, const QStringList& values)
-{
-    const QStringList words = Words(setting);
-    for (qsizetype i = 0; i < setting.fields.size(); ++i) {
-        const Field& field = setting.fields[i];
-        const QString control = QLatin1String(field.control);
-        if (field.entry == Entry::Typed) {
-            Type(console.screen, control, values[i]);
-        } else if (!Pick(console.screen, control, values[i], QLatin1String(setting.name) + QLatin1Char(' ') + words[i])) {
-            return kExitBadArguments;
-        }
-        if (field.check == nullptr)
-            continue;
-        (console.session().settings.*field.check)();
-        if (!console.prompts.errors.isEmpty())
-            return Fail(kExitRefused, QStringLiteral("%1 \"%2\" refused: %3").arg(QLatin1String(setting.name), values[i],
-                                                                              console.prompts.errors.join(QLatin1Char(' '))));
-    }
-    return kExitOk;
-}
-
-// The line option the tool now reaches the meter with, after a write that moved it. Empty
-// for the other settings, and when the tool could not follow (an address typed as "020").
-QString FollowedOption(const MeterSetting& setting, const TextScreen& screen)
-{
-    const auto option = [&screen](const char* name, const char* list) {
-        const QString value = screen.Text(QLatin1String(list));
-        return value.isEmpty() ? QString() : QStringLiteral("--%1 %2").arg(QLatin1String(name), value);
-    };
-    if (setting.flag == &P::bPendingModbusAddr)
-        return option("address", "Combo_Modbus_add_sel");
-    if (setting.flag == &P::bPendingBaudRate)
-        return option("baud", "Combo_BaudRate_Sel");
-    if (setting.flag == &P::bPendingStopBit)
-        return option("stop-bits", "Combo_StopBit");
     return QString();
 }
 
-int SetMeter(ConsoleSession& console, const MeterSetting& setting, const QStringList& values)
+// Whether the write deletes data: clearing, or a group set-up with a new channel count.
+bool Deletes(const SetTarget& target, const SettingValue& value, const MeterReading& reading)
 {
-    if (const int status = Choose(console, setting, values); status != kExitOk)
-        return status;
+    if (target.IsGroupSetUp())
+        return int(value.fields.value(0)) != reading.loadProfile[std::size_t(target.group - 1)].channelCount;
+    return target.spec->confirmed;
+}
+
+// The settings lp-group and lp-clear choose between by their GROUP.
+bool ByGroup(const SettingSpec& spec)
+{
+    return spec.key == SpecOf(Setting::LpGroup1).key || spec.key == SpecOf(Setting::LpClear1).key;
+}
+
+QString Syntax(const SettingSpec& spec)
+{
+    return ByGroup(spec) ? QStringLiteral("1|2") : FieldWords(spec);
+}
+
+// The words as the operator's input is checked, before anything goes on line. A group
+// set-up's word left empty will be what the meter holds, checked once it has said: an entry of
+// the field stands in for it here.
+int CheckWords(const SetTarget& target, QStringList words)
+{
+    const SettingSpec& spec = *target.spec;
+    if (target.IsGroupSetUp()) {
+        for (qsizetype i = 0; i < words.size(); ++i) {
+            if (words[i].isEmpty())
+                words[i] = spec.fields[i].choices.value(0);
+        }
+    }
+    const SourcedValue value = ValueFromTexts(spec.setting, words);
+    if (value.state == SourcedValue::State::Empty)
+        return Fail(kExitRefused, QStringLiteral("nothing was sent: the value is empty"));
+    if (value.state == SourcedValue::State::Value)
+        return kExitOk;
+    const int field = RefusedField(spec.setting, words).value_or(0);
+    if (!spec.fields[field].Typed())
+        return NoneOfTheChoices(target, field, words[field]);
+    return Fail(kExitRefused, QStringLiteral("%1 \"%2\" refused: %3").arg(spec.key, words[field], value.reason));
+}
+
+int ExitStatusOf(SettingOutcome::Result result)
+{
+    switch (result) {
+    case SettingOutcome::NoReply:
+    case SettingOutcome::LineLost:
+    case SettingOutcome::OffLineUnconfirmed:
+    case SettingOutcome::Dropped:
+        return kExitNoAnswer;
+    default:
+        return kExitRefused;
+    }
+}
+
+// "<setting>: <before> → <after>: <outcome>" on stdout and 0 when confirmed, else on stderr.
+// A value the meter never took has no text of the write: it stands as typed.
+int Finish(const SettingOutcome& outcome, const QStringList& words)
+{
+    const QString result = QStringLiteral("%1: %2 → %3: %4")
+                               .arg(SettingName(outcome.setting), outcome.from.isEmpty() ? QStringLiteral("?") : outcome.from,
+                                    outcome.to.isEmpty() ? words.join(QLatin1Char(' ')) : outcome.to, outcome.Text());
+    if (outcome.result == SettingOutcome::Confirmed) {
+        QTextStream(stdout) << result << Qt::endl;
+        return kExitOk;
+    }
+    return Fail(ExitStatusOf(outcome.result), result);
+}
+
+// The line option the tool now reaches the meter with, after a write that moved it; empty for
+// the other settings.
+QString FollowedOption(Setting setting, const MeterSession& session)
+{
+    switch (setting) {
+    case Setting::Address: return QStringLiteral("--address %1").arg(session.Address());
+    case Setting::BaudRate: return QStringLiteral("--baud %1").arg(session.BaudRate());
+    case Setting::StopBit: return QStringLiteral("--stop-bits %1").arg(session.StopBits());
+    default: return QString();
+    }
+}
+
+// What comes of a write besides its result: where the meter answers now, what it deleted.
+void Aftermath(const SetTarget& target, const SettingOutcome& outcome, const MeterSession& session, const MeterReading& before)
+{
+    if (target.IsGroupSetUp()) {
+        const bool confirmed = outcome.result == SettingOutcome::Confirmed;
+        const QString deleted = confirmed ? RecordsDeleted(target, before, session.Reading()) : QString();
+        if (!deleted.isEmpty())
+            QTextStream(stdout) << deleted << Qt::endl;
+        return;
+    }
+    const QString followed = FollowedOption(outcome.setting, session);
+    if (followed.isEmpty())
+        return;
+    if (outcome.result == SettingOutcome::Confirmed)
+        QTextStream(stdout) << "The meter now answers at " << followed << ": use it from now on." << Qt::endl;
+    else if (outcome.result == SettingOutcome::NotConfirmed || outcome.result == SettingOutcome::OffLineUnconfirmed)
+        Fail(kExitRefused, QStringLiteral("the meter acknowledged the change: it may answer at %1 now").arg(followed));
+}
+
+int Write(ConsoleSession& console, const SetTarget& target, QStringList words, bool confirmed)
+{
     if (const int status = console.GoOnLine(); status != kExitOk)
         return status;
     // The meter answers, and the history has its value before the write.
-    if (!console.NextReading())
+    const std::optional<MeterReading> before = console.NextReading();
+    if (!before)
         return console.Ended();
+    if (target.IsGroupSetUp()) {
+        const std::optional<QStringList> complete = CompleteGroupSetUp(target, words, *before);
+        if (!complete)
+            return kExitBadArguments;
+        words = *complete;
+    }
+    const Setting setting = target.spec->setting;
+    const SettingValue value = ValueFromTexts(setting, words).value;
+    if (!confirmed && Deletes(target, value, *before))
+        return Fail(kExitRefused, QuestionOf(setting) + QStringLiteral(" Nothing was sent: add --yes to confirm."));
+
     MeterSession& session = console.session();
-    const qsizetype entry = session.settings.history.Entries().size();
-    (session.settings.*setting.click)();
-    if (session.poll.pending.*setting.flag == kFalse)
-        return NotAsked(console.prompts);
-    const auto settled = [&session, entry] {
-        const QList<HistoryEntry>& entries = session.settings.history.Entries();
-        return entries.size() > entry && entries[entry].outcome != SettingsHistory::kWaiting;
+    const quint64 id = session.Request(setting, value);
+    const auto settled = [&session, id] {
+        const SettingOutcome* outcome = session.settings.history.Find(id);
+        return outcome != nullptr && outcome->Final();
     };
     if (!console.Await(settled) && !settled())
         return console.Ended();
-
-    const HistoryEntry& written = session.settings.history.Entries()[entry];
-    const int status = Finish(console, SettingName(written.setting), written.from, written.to, written.outcome);
-    const QString followed = FollowedOption(setting, console.screen);
-    if (followed.isEmpty())
-        return status;
-    if (status == kExitOk)
-        QTextStream(stdout) << "The meter now answers at " << followed << ": use it from now on." << Qt::endl;
-    else if (written.outcome.startsWith(QLatin1String("not confirmed")))
-        Fail(status, QStringLiteral("the meter acknowledged the change: it may answer at %1 now").arg(followed));
+    const SettingOutcome outcome = *session.settings.history.Find(id);
+    const int status = Finish(outcome, words);
+    Aftermath(target, outcome, session, *before);
     return status;
+}
+
+// The setting the positional words name, its name and GROUP taken off them. Nothing after a
+// message on stderr.
+std::optional<SetTarget> TargetOf(QStringList& words)
+{
+    if (words.isEmpty()) {
+        Fail(kExitBadArguments, QStringLiteral("no setting given: one of %1 (see qx5820 set --help)").arg(SettingKeys()));
+        return std::nullopt;
+    }
+    const QString key = words.takeFirst();
+    SetTarget target{SpecByKey(key)};
+    if (target.spec == nullptr) {
+        Fail(kExitBadArguments, QStringLiteral("unknown setting \"%1\": one of %2").arg(key, SettingKeys()));
+        return std::nullopt;
+    }
+    const bool byGroup = ByGroup(*target.spec);
+    if (words.size() != (byGroup ? 1 : target.spec->fields.size())) {
+        Fail(kExitBadArguments, QStringLiteral("usage: qx5820 set %1 %2").arg(key, Syntax(*target.spec)).trimmed());
+        return std::nullopt;
+    }
+    if (!byGroup)
+        return target;
+    const QString group = words.takeFirst();
+    if (group != QLatin1String("1") && group != QLatin1String("2")) {
+        Fail(kExitBadArguments, QStringLiteral("%1 GROUP must be 1 or 2, not \"%2\"").arg(key, group));
+        return std::nullopt;
+    }
+    target.group = group.toInt();
+    if (target.group == 2)
+        target.spec = &SpecOf(target.IsGroupSetUp() ? Setting::LpGroup2 : Setting::LpClear2);
+    return target;
+}
+
+// The words of the value: as given, or for a group set-up from its options. Nothing after a
+// message on stderr.
+std::optional<QStringList> ValueWords(const CommandLine& line, const SetTarget& target, const QStringList& words)
+{
+    const bool groupOptions = line.IsSet(kChannels) || line.IsSet(kInterval) || line.IsSet(kCodes);
+    const QString setUpKey = SpecOf(Setting::LpGroup1).key;
+    if (groupOptions && !target.IsGroupSetUp()) {
+        Fail(kExitBadArguments, QStringLiteral("--channels, --interval and --codes belong to %1").arg(setUpKey));
+        return std::nullopt;
+    }
+    if (!target.IsGroupSetUp())
+        return words;
+    if (!groupOptions) {
+        Fail(kExitBadArguments, QStringLiteral("%1 needs --channels, --interval or --codes").arg(setUpKey));
+        return std::nullopt;
+    }
+    return GroupSetUpWords(target, line.Value(kChannels), line.Value(kInterval), line.Value(kCodes));
 }
 
 } // namespace
 
+std::optional<int> RefusedField(Setting setting, const QStringList& words)
+{
+    // A value stops at its first empty word: the first refused prefix ends with the field.
+    for (qsizetype i = 0; i < words.size(); ++i) {
+        if (ValueFromTexts(setting, words.mid(0, i + 1)).state == SourcedValue::State::Refused)
+            return int(i);
+    }
+    return std::nullopt;
+}
+
+int NoneOfTheChoices(const SetTarget& target, int field, const QString& word)
+{
+    return Fail(kExitBadArguments, QStringLiteral("%1 must be one of %2, not \"%3\"")
+                                       .arg(target.FieldName(field), AllowedValues(target.spec->fields[field].choices), word));
+}
+
+QString SetTarget::FieldName(int field) const
+{
+    if (IsGroupSetUp())
+        return QStringLiteral("%1 %2 %3").arg(spec->key).arg(group).arg(GroupFieldName(field));
+    return spec->key + QLatin1Char(' ') + spec->fields[field].word;
+}
+
+
 int RunSet(const QStringList& arguments)
 {
-    CommandLine line(QStringLiteral("set"), Help(), true);
+    CommandLine line(QStringLiteral("set"), SetHelp(), true);
     line.Add(kYes);
     line.Add(kChannels);
     line.Add(kInterval);
@@ -206,90 +265,19 @@ int RunSet(const QStringList& arguments)
     line.AddPositional(QStringLiteral("VALUE"), QStringLiteral("Its value(s), as listed above."), QStringLiteral("[VALUE...]"));
     if (const auto status = line.Parse(arguments))
         return *status;
-    QStringList values = line.Positional();
-    if (values.isEmpty())
-        return Fail(kExitBadArguments, QStringLiteral("no setting given: one of %1 (see qx5820 set --help)").arg(Names()));
-    const QString name = values.takeFirst();
-    const MeterSetting* setting = Find(name);
-    const bool group = name == kGroupSetting || name == kGroupClear;
-    if (setting == nullptr && !group)
-        return Fail(kExitBadArguments, QStringLiteral("unknown setting \"%1\": one of %2").arg(name, Names()));
-    const QString syntax = group ? QStringLiteral("1|2") : QString::fromLatin1(setting->syntax);
-    const qsizetype expected = group ? 1 : setting->fields.size();
-    if (values.size() != expected)
-        return Fail(kExitBadArguments, QStringLiteral("usage: qx5820 set %1 %2").arg(name, syntax).trimmed());
-    const bool groupOptions = line.IsSet(kChannels) || line.IsSet(kInterval) || line.IsSet(kCodes);
-    if (groupOptions && name != kGroupSetting)
-        return Fail(kExitBadArguments, QStringLiteral("--channels, --interval and --codes belong to %1").arg(kGroupSetting));
-    if (name == kGroupSetting && !groupOptions)
-        return Fail(kExitBadArguments, QStringLiteral("%1 needs --channels, --interval or --codes").arg(kGroupSetting));
+    QStringList positional = line.Positional();
+    const std::optional<SetTarget> target = TargetOf(positional);
+    if (!target)
+        return kExitBadArguments;
+    const std::optional<QStringList> words = ValueWords(line, *target, positional);
+    if (!words)
+        return kExitBadArguments;
+    if (const int status = CheckWords(*target, *words); status != kExitOk)
+        return status;
     const auto options = line.Line();
     if (!options)
         return kExitBadArguments;
 
     ConsoleSession console(*options);
-    console.prompts.answer = line.IsSet(kYes);
-    if (name == kGroupSetting)
-        return SetGroup(console, values[0], {line.Value(kChannels), line.Value(kInterval), line.Value(kCodes)});
-    if (name == kGroupClear)
-        return ClearGroup(console, values[0]);
-    return SetMeter(console, *setting, values);
-}
-
-QString AllowedValues(const QStringList& entries)
-{
-    QStringList parts;
-    for (qsizetype i = 0; i < entries.size();) {
-        bool number = false;
-        const int first = entries[i].toInt(&number);
-        qsizetype run = 1;
-        while (number && i + run < entries.size() && entries[i + run] == QString::number(first + run))
-            ++run;
-        parts.append(run >= 3 ? QStringLiteral("%1 to %2").arg(entries[i], entries[i + run - 1]) : entries[i]);
-        i += run >= 3 ? run : 1;
-    }
-    return parts.join(QStringLiteral(", "));
-}
-
-bool Pick(TextScreen& screen, const QString& list, const QString& text, const QString& what)
-{
-    const QStringList entries = screen.entries.value(list);
-    for (qsizetype i = 0; i < entries.size(); ++i) {
-        if (entries[i].compare(text, Qt::CaseInsensitive) == 0) {
-            screen.Select(list, int(i));
-            return true;
-        }
-    }
-    Fail(kExitBadArguments, QStringLiteral("%1 must be one of %2, not \"%3\"").arg(what, AllowedValues(entries), text));
-    return false;
-}
-
-void Type(TextScreen& screen, const QString& list, const QString& text)
-{
-    const qsizetype index = screen.entries.value(list).indexOf(text);
-    if (index >= 0)
-        screen.Select(list, int(index));
-    else
-        screen.SetText(list, text);
-}
-
-int NotAsked(const ConsolePrompts& prompts)
-{
-    if (!prompts.questions.isEmpty())
-        return Fail(kExitRefused, prompts.questions.last() + QStringLiteral(" Nothing was sent: add --yes to confirm."));
-    return Fail(kExitRefused, QStringLiteral("nothing was sent: the value is empty"));
-}
-
-int Finish(ConsoleSession& console, const QString& what, const QString& before, const QString& after,
-           const QString& outcome)
-{
-    const QString result = QStringLiteral("%1: %2 → %3: %4").arg(what, before.isEmpty() ? QStringLiteral("?") : before,
-                                                                after, outcome);
-    if (outcome == SettingsHistory::kConfirmed) {
-        QTextStream(stdout) << result << Qt::endl;
-        return kExitOk;
-    }
-    // A refused write takes the tool off line too: the meter did answer.
-    const bool answered = console.session().connection.bOnLine.isTrue() || outcome.startsWith(QLatin1String("refused"));
-    return Fail(answered ? kExitRefused : kExitNoAnswer, result);
+    return Write(console, *target, *words, line.IsSet(kYes));
 }

@@ -1,45 +1,52 @@
 #pragma once
 
+#include "measure/MeterReading.h"
+#include "settings/SettingTable.h"
+
 #include <QString>
 #include <QStringList>
 
-class ConsoleSession;
-class ConsolePrompts;
-class TextScreen;
+#include <optional>
 
-// What the settings of "qx5820 set" share: the command line's values put into the window's
-// lists and fields as the operator would, and the one-line result.
+// What "qx5820 set" shares between its parts: the setting named on the command line, the
+// words of its value, and the help.
+
+// The setting a command line names. lp-group and lp-clear name one of two settings by the
+// group that follows them.
+struct SetTarget {
+    const SettingSpec* spec = nullptr;
+    int group = 0; // lp-group and lp-clear: 1 or 2
+    bool IsGroupSetUp() const { return spec->setting == Setting::LpGroup1 || spec->setting == Setting::LpGroup2; }
+    // How messages name field `field`: "wiring MODE", "lp-group 1 channel 2 code".
+    QString FieldName(int field) const;
+};
 
 // `entries` as a person reads them: runs of consecutive numbers joined ("1 to 50"), the rest
 // listed ("Auto, 1P2W").
 QString AllowedValues(const QStringList& entries);
 
-// Picks the entry of the pick-only `list` that reads `text`, letter case aside. False, after
-// a message on stderr naming the allowed values, when there is none; `what` names the value.
-bool Pick(TextScreen& screen, const QString& list, const QString& text, const QString& what);
+// The words of a setting's value as its usage names them: "POSITION ITEM".
+QString FieldWords(const SettingSpec& spec);
+// Every setting, its values and what it needs, for set --help.
+QString SetHelp();
+// The settings' names, for messages: "clock, address, baud, ...".
+QString SettingKeys();
 
-// Types `text` into a field or an editable list: a pick when an entry reads the same.
-void Type(TextScreen& screen, const QString& list, const QString& text);
+// The field of `setting` whose word the checks refuse; nothing when they take every word.
+std::optional<int> RefusedField(Setting setting, const QStringList& words);
+// A word that is none of its choice field's entries: the message on stderr naming the
+// allowed values, and 2.
+int NoneOfTheChoices(const SetTarget& target, int field, const QString& word);
 
-// After a click that asked for nothing: the question was answered No (no --yes), or a field was
-// left empty. The message on stderr, and 5.
-int NotAsked(const ConsolePrompts& prompts);
-
-// Ends a write: "<what>: <before> → <after>: <outcome>" on stdout and 0 when confirmed;
-// otherwise on stderr, and 5 when the meter refused the write or is still on line (not
-// confirmed, not sent), 4 when it stopped answering.
-int Finish(ConsoleSession& console, const QString& what, const QString& before, const QString& after,
-           const QString& outcome);
-
-// The load-profile group settings: "lp-group" and "lp-clear".
-struct GroupChoices {
-    QString channels; // empty: as the meter has it
-    QString interval;
-    QString codes;    // comma-separated, from channel 1 on
-};
-// Their lines of --help, in the layout of the others.
-inline constexpr int kHelpColumn = 30;
-inline constexpr int kHelpWidth = 100;
-QString GroupSettingsHelp();
-int SetGroup(ConsoleSession& console, const QString& group, const GroupChoices& choices);
-int ClearGroup(ConsoleSession& console, const QString& group);
+// How a group set-up's field is named: "channel count", "interval", "channel 2 code".
+QString GroupFieldName(int field);
+// lp-group GROUP [--channels N] [--interval MIN] [--codes LIST]: one word per field of the
+// group's set-up, empty where the option did not give it. Nothing after a message on stderr.
+std::optional<QStringList> GroupSetUpWords(const SetTarget& target, const QString& channels, const QString& interval,
+                                           const QString& codes);
+// The words given, the empty ones filled with what the meter reports in `reading`: the write
+// leaves those as they are. Nothing after a message on stderr when the meter reports a value
+// none of the choices holds.
+std::optional<QStringList> CompleteGroupSetUp(const SetTarget& target, QStringList words, const MeterReading& reading);
+// After a set-up: the line saying the group's records went, or nothing when they did not.
+QString RecordsDeleted(const SetTarget& target, const MeterReading& before, const MeterReading& after);

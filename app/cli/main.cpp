@@ -2,6 +2,7 @@
 // window, without one: the same lists, checks, messages and pacing.
 #include "app/cli/Commands.h"
 #include "app/cli/ExitCodes.h"
+#include "ports/MeterChoices.h"
 #include "ports/TerminationSignals.h"
 
 #include <QCoreApplication>
@@ -11,19 +12,22 @@
 
 namespace {
 
+// The addresses --address takes and scan covers.
+const QString kAddresses = QStringLiteral("%1-%2").arg(kLowestAddress).arg(kHighestAddress);
+
 struct Command {
     const char* name;
-    const char* summary;
+    QString summary;
     int (*run)(const QStringList& arguments);
 };
 
 const Command kCommands[] = {
-    {"ports", "list the serial ports of this machine, with their --port numbers", RunPorts},
-    {"read", "read every measurement and setting once (--format table|json|csv)", RunRead},
-    {"watch", "poll continuously, one CSV or JSON line a tick (--count, --output)", RunWatch},
-    {"lp", "lp download: a load-profile group's intervals into its CSV file (--group, --continue)", RunLp},
-    {"set", "write one setting and confirm it from the readings (set --help lists them)", RunSet},
-    {"scan", "look for a meter over addresses 1-247 and both baud rates", RunScan},
+    {"ports", QStringLiteral("list the serial ports of this machine, with their --port numbers"), RunPorts},
+    {"read", QStringLiteral("read every measurement and setting once (--format table|json|csv)"), RunRead},
+    {"watch", QStringLiteral("poll continuously, one CSV or JSON line a tick (--count, --output)"), RunWatch},
+    {"lp", QStringLiteral("lp download: a load-profile group's intervals into its CSV file (--group, --continue)"), RunLp},
+    {"set", QStringLiteral("write one setting and confirm it from the readings (set --help lists them)"), RunSet},
+    {"scan", QStringLiteral("look for a meter over addresses %1 and both baud rates").arg(kAddresses), RunScan},
 };
 
 QString Overview()
@@ -32,13 +36,13 @@ QString Overview()
         "Usage: qx5820 COMMAND [options]\n"
         "Set-up and read-out of a QX-5820 three-phase meter over Modbus RTU.\n\nCommands:\n");
     for (const Command& command : kCommands)
-        text += QStringLiteral("  %1%2\n").arg(QString::fromLatin1(command.name).leftJustified(14), QLatin1String(command.summary));
+        text += QStringLiteral("  %1%2\n").arg(QString::fromLatin1(command.name).leftJustified(14), command.summary);
     text += QStringLiteral(
         "\nThe meter is reached with --port PORT (a device path, a port number, sim, or tcp://host:port),\n"
-        "--baud 9600|19200, --stop-bits 1|2 and --address 1-247. \"qx5820 COMMAND --help\" tells more.\n\n"
+        "--baud 9600|19200, --stop-bits 1|2 and --address %1. \"qx5820 COMMAND --help\" tells more.\n\n"
         "Exit status: 0 done; 2 bad arguments; 3 the port could not be opened; 4 the meter did not\n"
         "answer or the line was lost; 5 a value was refused or not confirmed; 6 a file could not be\n"
-        "written; 130 interrupted.\n");
+        "written; 130 interrupted.\n").arg(kAddresses);
     return text;
 }
 

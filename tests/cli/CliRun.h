@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QProcess>
+#include <QProcessEnvironment>
 #include <QStringList>
 
 // The command-line tool run as a user runs it: its exit status and what it printed.
@@ -11,9 +12,12 @@ struct CliResult {
     QByteArray err;
 };
 
-inline CliResult RunCli(const QStringList& arguments, int timeoutMs = 60000)
+inline CliResult RunCli(const QStringList& arguments,
+                        const QProcessEnvironment& environment = QProcessEnvironment::systemEnvironment(),
+                        int timeoutMs = 60000)
 {
     QProcess process;
+    process.setProcessEnvironment(environment);
     process.start(QStringLiteral(QX5820_CLI), arguments);
     CliResult result;
     if (!process.waitForFinished(timeoutMs)) {

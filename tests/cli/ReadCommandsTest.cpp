@@ -47,7 +47,7 @@ private slots:
         QTest::newRow("bad network address") << QStringList{"read", "--port", "tcp://meter"} << 2 << "" << "tcp://host:port";
         QTest::newRow("baud rate") << QStringList{"read"} + sim({"--baud", "4800"}) << 2 << "" << "--baud must be 9600 or 19200, not \"4800\"";
         QTest::newRow("stop bits") << QStringList{"read"} + sim({"--stop-bits", "1.5"}) << 2 << "" << "--stop-bits must be 1 or 2";
-        QTest::newRow("address") << QStringList{"read"} + sim({"--address", "248"}) << 2 << "" << "--address must be 1 to 247";
+        QTest::newRow("address") << QStringList{"read"} + sim({"--address", "251"}) << 2 << "" << "--address must be 1 to 250";
         QTest::newRow("format") << QStringList{"read"} + sim({"--format", "xml"}) << 2 << "" << "--format must be table, json or csv";
         QTest::newRow("watch as a table") << QStringList{"watch"} + sim({"--format", "table"}) << 2 << "" << "--format must be csv or json";
         QTest::newRow("count") << QStringList{"watch"} + sim({"--count", "0"}) << 2 << "" << "--count must be 1 or more";

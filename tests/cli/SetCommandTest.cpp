@@ -1,6 +1,8 @@
 // set against the simulated meter: writes confirmed from the readings (the tool following a new
 // address or baud rate), the window's checks and questions, the meter's refusal, bad arguments.
 #include "CliRun.h"
+#include "sim/MeterRegisters.h"
+#include "sim/SimulatedMeterHost.h"
 
 #include <QRegularExpression>
 #include <QTest>
@@ -47,7 +49,7 @@ private slots:
         QTest::newRow("records deleted unconfirmed") << set({"lp-group", "1", "--channels", "6"}) << 5 << ""
                                                      << "Load Profile: Warning : You will delete Load Profile Data";
 
-        QTest::newRow("unknown setting") << set({"speed", "5"}) << 2 << "" << "unknown setting \"speed\": one of address, baud,";
+        QTest::newRow("unknown setting") << set({"speed", "5"}) << 2 << "" << "unknown setting \"speed\": one of clock, address, baud,";
         QTest::newRow("list value") << set({"wiring", "3P5W"}) << 2 << ""
             << "wiring MODE must be one of Auto, 1P2W, 1P3W, 3P3W 2CT, 3P3W 3CT, 3P4W, not \"3P5W\"";
         QTest::newRow("display position") << set({"display-item", "51", "116"}) << 2 << ""
@@ -55,6 +57,7 @@ private slots:
         QTest::newRow("channel code") << set({"lp-group", "1", "--codes", "1,15"}) << 2 << ""
                                       << "lp-group 1 channel 2 code must be one of 1 to 14, not \"15\"";
         QTest::newRow("missing value") << set({"display-item", "3"}) << 2 << "" << "usage: qx5820 set display-item POSITION ITEM";
+        QTest::newRow("empty value") << set({"ct-ratio", ""}) << 5 << "" << "nothing was sent: the value is empty";
         QTest::newRow("help") << QStringList{"set", "--help"} << 0
                               << "\n  scroll-time SECONDS +the display's scroll time: 3 to 15\n(.|\n)*  lp-clear GROUP " << "";
     }
@@ -71,6 +74,43 @@ private slots:
         QVERIFY2(QString::fromUtf8(run.err).contains(err), run.err.constData());
         QCOMPARE(run.err.isEmpty(), err.isEmpty());
         QCOMPARE(run.out.isEmpty(), out.isEmpty());
+    }
+
+    // Under a locale whose point groups thousands, "2.000" reads 2000 there and 2 with a decimal
+    // point: neither is written.
+    void numberWithTwoReadingsRefused()
+    {
+        QProcessEnvironment german = QProcessEnvironment::systemEnvironment();
+        german.insert("LC_ALL", "de_DE.UTF-8");
+        german.insert("LANG", "de_DE.UTF-8");
+        const CliResult run = RunCli({"set", "ct-ratio", "2.000", "--port", "sim"}, german);
+        QVERIFY2(run.exitCode == 5, run.err.constData());
+        QVERIFY2(run.err.startsWith("qx5820: ct-ratio \"2.000\" refused: "), run.err.constData());
+        QVERIFY2(run.err.contains("2000") && run.err.contains(" 2 "), run.err.constData());
+        QCOMPARE(run.out, QByteArray());
+    }
+
+    // One meter behind a TCP port across commands. An address typed "020" is 20: written, followed,
+    // and named as --address takes it. The highest address a meter may be given is one --address
+    // reaches and scan covers.
+    void meterReachedAtItsNewAddress()
+    {
+        sim::SimulatedMeterHost meter;
+        const QString port = meter.listen().path;
+        QVERIFY(!port.isEmpty());
+        const CliResult moved = RunCli({"set", "address", "020", "--port", port});
+        QVERIFY2(moved.exitCode == 0, moved.err.constData());
+        QCOMPARE(QString::fromUtf8(moved.out),
+                 "Modbus address: 15 → 20: confirmed\nThe meter now answers at --address 20: use it from now on.\n");
+        QCOMPARE(meter.holding(sim::Reg::kSlaveAddress), 20);
+        QCOMPARE(RunCli({"read", "--port", port, "--address", "20", "--format", "csv"}).exitCode, 0);
+
+        meter.setHolding(sim::Reg::kSlaveAddress, 250);
+        const CliResult read = RunCli({"read", "--port", port, "--address", "250", "--format", "csv"});
+        QVERIFY2(read.exitCode == 0, read.err.constData());
+        const CliResult scan = RunCli({"scan", "--port", port, "--from", "249"});
+        QVERIFY2(scan.exitCode == 0, scan.err.constData());
+        QVERIFY2(scan.out.startsWith("address 250 at tcp://"), scan.out.constData());
     }
 };
 

@@ -1,11 +1,19 @@
 // The confirmation dialog answers true only for OK; Cancel, Escape and the close box all
-// count as "no", also after an earlier OK on the same dialog.
+// count as "no", also after an earlier OK on the same dialog. An OK given after the line
+// changed under the open question sends nothing to the meter connected now.
 
+#include "session/MeterSession.h"
+#include "sim/SimulatedMeterHost.h"
 #include "ui/Dialog_Clr_kWh.h"
+#include "ui/MainForm.h"
 
 #include <QApplication>
+#include <QComboBox>
 #include <QLabel>
+#include <QLineEdit>
+#include <QMessageBox>
 #include <QPushButton>
+#include <QTableWidget>
 #include <QTimer>
 #include <QtTest>
 
@@ -19,6 +27,17 @@ void WhenShown(const std::function<void(Dialog_Clr_kWh*)>& answer)
         QVERIFY(dialog);
         answer(dialog);
     });
+}
+
+// Whether the meter received a write starting at register `reg`.
+bool Written(const sim::SimulatedMeterHost& meter, quint16 reg)
+{
+    for (const sim::LoggedRequest& request : meter.requestLog()) {
+        const quint8 function = quint8(request.frame[1]);
+        if ((function == 0x06 || function == 0x10) && (quint8(request.frame[2]) << 8 | quint8(request.frame[3])) == reg)
+            return true;
+    }
+    return false;
 }
 
 } // namespace
@@ -75,6 +94,80 @@ private slots:
         dialog.exec();
         QCOMPARE(whileShown, kFalse);
         QCOMPARE(dialog.bClearConfirmed, kFalse);
+    }
+
+    // Each question of the window: while it is open the meter's port fails and the tool goes on
+    // line again; the OK given then belongs to the connection that is gone.
+    void anOkAfterTheLineChangedSendsNothing_data()
+    {
+        QTest::addColumn<QString>("button");
+        QTest::addColumn<QString>("question");
+        QTest::addColumn<int>("reg");
+        QTest::newRow("Clr kWh") << "Command1" << "Clear all total kWh？" << 0x1012;
+        QTest::newRow("Clear Group1 Data") << "Comm_Clr_G1_Data" << "Clear Group1 Data？" << 0x1033;
+        QTest::newRow("Clear Group2 Data") << "Comm_Clr_G2_Data" << "Clear Group2 Data？" << 0x1042;
+        QTest::newRow("group 1 channel count") << "Comm_LP_G1_Set" << "Warning : You will delete Load Profile Data "
+                                               << 0x1034;
+    }
+
+    void anOkAfterTheLineChangedSendsNothing()
+    {
+        QFETCH(QString, button);
+        QFETCH(QString, question);
+        QFETCH(int, reg);
+        sim::SimulatedMeterHost meter;
+        meter.setPacing(false);
+        MainForm form;
+        MeterSession& session = form.session();
+        session.connection.simulatedMeterDevice = meter.deviceSource();
+        form.Form_Load();
+        form.ChooseSimulatedMeter();
+        form.On_Line->click();
+        QVERIFY(session.OnLine());
+        // A channel count other than the meter's, so that the group's set-up asks.
+        QTRY_VERIFY(!form.Text_LP_Data_Counter(0)->text().isEmpty());
+        form.Combo_G1_Setting(0)->setCurrentIndex(form.Text_LP_Data_Counter(0)->text().toInt() % 12);
+
+        QString asked;
+        QStringList errors;
+        int stage = 0;
+        QTimer answer;
+        connect(&answer, &QTimer::timeout, [&] {
+            QWidget* modal = QApplication::activeModalWidget();
+            if (auto* box = qobject_cast<QMessageBox*>(modal)) {
+                errors.append(box->text());
+                box->accept();
+                return;
+            }
+            auto* dialog = qobject_cast<Dialog_Clr_kWh*>(modal);
+            if (dialog == nullptr)
+                return;
+            if (stage == 0) {
+                asked = dialog->Label1->text();
+                meter.stop(); // the port fails
+                stage = 1;
+            } else if (stage == 1 && !session.OnLine()) {
+                form.On_Line->click(); // starts the meter again
+                stage = 2;
+            } else if (stage == 2 && session.OnLine()) {
+                dialog->OKButton->click();
+                stage = 3;
+            }
+        });
+        answer.start(10);
+        form.findChild<QPushButton*>(button)->click();
+        answer.stop();
+        QCOMPARE(stage, 3);
+        QCOMPARE(asked, question);
+        QCOMPARE(errors, QStringList{QStringLiteral("Comm Port Error！")});
+
+        QSignalSpy readings(&session.poll, &PollCycle::readingTaken);
+        QTRY_VERIFY_WITH_TIMEOUT(readings.size() >= 3, 10000);
+        QVERIFY(session.OnLine());
+        QVERIFY(!Written(meter, quint16(reg)));
+        QCOMPARE(form.tbl_SettingsHistory->rowCount(), 1);
+        QCOMPARE(form.tbl_SettingsHistory->item(0, 3)->text(),
+                 QStringLiteral("not sent: the tool went off line after it was asked for; ask again on this connection"));
     }
 };
 

@@ -128,12 +128,14 @@ private slots:
         const auto refused = [](const char* name, const QStringList& arguments, const QString& text) {
             QTest::newRow(name) << arguments << 2 << text << QStringList();
         };
-        refused("address too high", {"--address", "248"}, "--address: \"248\" is not 1 to 247");
+        refused("address too high", {"--address", "251"}, "--address: \"251\" is not 1 to 250");
         refused("network address without a port", {"--port", "tcp://gw"}, "--port: \"tcp://gw\" is not a network");
         refused("two ports", {"--simulated-meter", "--port", "3"}, "--simulated-meter and --port 3 name two ports");
         QTest::newRow("all four") << QStringList{"--port", "tcp://gw:4001", "--baud", "9600", "--stop-bits", "2",
                                                  "--address", "7"}
                                   << 0 << QString() << QStringList{"tcp://gw:4001", "9600", "2", "7"};
+        QTest::newRow("address beyond the list") << QStringList{"--address", "250"} << 0 << QString()
+                                                 << QStringList{"", "", "", "250"};
         QTest::newRow("simulated meter") << QStringList{"--simulated-meter"} << 0 << QString()
                                          << QStringList{"sim", "", "", ""};
         QTest::newRow("Qt's platform") << QStringList{"-platform", "offscreen", "--port", "sim"} << 0 << QString()
@@ -169,6 +171,10 @@ private slots:
         QVERIFY(ApplyWindowOptions(*m_form, {QStringLiteral("sim"), {}, {}, {}}, &error));
         QCOMPARE(m_form->Combo_CommPort->currentText(), QStringLiteral("Simulated meter"));
         QCOMPARE(connection.Settings(), QStringLiteral("9600,n,8,2"));
+        // An address the list does not hold is typed into it.
+        QVERIFY(ApplyWindowOptions(*m_form, {{}, {}, {}, QStringLiteral("250")}, &error));
+        QCOMPARE(m_form->Combo_Modbus_add_sel->currentText(), QStringLiteral("250"));
+        QCOMPARE(connection.link.ModbusAddress, qint16(250));
     }
 
     // Without a display the program still answers --help and bad values, and says how to run

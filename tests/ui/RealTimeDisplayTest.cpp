@@ -1,9 +1,9 @@
 // The real-time image and the energy block: each value from its bytes into the reading, and
 // from the reading onto its field, in its format.
-#include "TestLists.h"
 #include "measure/PollPlan.h"
 #include "measure/ReadingDecoding.h"
 #include "ui/RealTimeDisplay.h"
+#include "ui/TextScreen.h"
 
 #include <QTest>
 

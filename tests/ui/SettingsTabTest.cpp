@@ -1,6 +1,7 @@
-// The "Meter Settig" tab against the simulated meter on a paced line: the meter's address and
-// then its baud rate changed through the buttons while polling goes on, what the meter holds
-// shown beside each setting, the history, the checks of typed fields and the item lists.
+// The "Meter Settig" tab against the simulated meter on a paced line: the meter's address (a
+// listed one, then one above the list) and then its baud rate changed through the buttons while
+// polling goes on, what the meter holds shown beside each setting, the history, a value typed
+// after its click, the checks of typed fields and the item lists.
 #include "session/MeterSession.h"
 #include "sim/SimulatedMeterHost.h"
 #include "ui/MainForm.h"
@@ -53,6 +54,13 @@ private slots:
         QTRY_COMPARE_WITH_TIMEOUT(meterNow(Setting::Address), QStringLiteral("20"), kSettleMs);
         QCOMPARE(f.Combo_Modbus_add_sel->currentText(), QStringLiteral("20"));
         QTRY_COMPARE_WITH_TIMEOUT(newestOutcome(), QStringLiteral("confirmed"), kSettleMs);
+        // Above the listed addresses the new one is appended to the address list and picked.
+        f.Combo_Modbus_add->setEditText(QStringLiteral("100"));
+        f.cmd_Test_Modbus->click();
+        QTRY_COMPARE_WITH_TIMEOUT(meterNow(Setting::Address), QStringLiteral("100"), kSettleMs);
+        QCOMPARE(f.Combo_Modbus_add_sel->currentIndex(), 247);
+        QCOMPARE(f.Combo_Modbus_add_sel->currentText(), QStringLiteral("100"));
+        QTRY_COMPARE_WITH_TIMEOUT(newestOutcome(), QStringLiteral("confirmed"), kSettleMs);
 
         for (int index : {0, 1}) {
             f.Combo_Modbus_BaudRate->setCurrentIndex(index);
@@ -64,9 +72,33 @@ private slots:
             QCOMPARE(f.tbl_SettingsHistory->item(0, 2)->text(),
                      QStringLiteral("%1 → %2").arg(index == 0 ? "19200" : "9600", baud));
         }
-        QCOMPARE(m_meter->holding(0x1000), quint16(20));
-        QCOMPARE(f.tbl_SettingsHistory->rowCount(), 3);
+        QCOMPARE(m_meter->holding(0x1000), quint16(100));
+        QCOMPARE(f.tbl_SettingsHistory->rowCount(), 4);
         QVERIFY(onLine.isEmpty());
+    }
+
+    // The tick reads the field when it serves the click, and checks it then: a CT ratio typed
+    // after the click, with the focus still in the field, is refused and never written.
+    void textTypedAfterTheClickIsCheckedWhenServed()
+    {
+        MainForm& f = *m_form;
+        MeterSession& session = f.session();
+        f.ChooseSimulatedMeter();
+        f.On_Line->click();
+        session.connection.Timer1Sec.stop(); // the test runs the ticks
+        f.Combo_CT_Ratio->setEditText(QStringLiteral("100"));
+        f.Cmd_CT_Ratio->click();
+        QLineEdit* typing = f.Combo_CT_Ratio->lineEdit();
+        typing->selectAll();
+        QTest::keyClicks(typing, "0");
+        QCOMPARE(f.Combo_CT_Ratio->currentText(), QStringLiteral("0"));
+        session.poll.Timer1Sec_Timer();
+
+        for (const sim::LoggedRequest& request : m_meter->requestLog())
+            QVERIFY(quint8(request.frame[1]) != 0x10); // nothing written
+        QCOMPARE(newestOutcome(), QStringLiteral("not sent: CT Ratio Range : 1~2400！"));
+        QCOMPARE(f.Text6->text(), QStringLiteral("CT Ratio Range : 1~2400！; nothing was sent."));
+        QVERIFY(session.OnLine());
     }
 
     // A check runs when the focus moves on within the window, not when the field's own list

@@ -1,0 +1,35 @@
+#include "ui/FieldValues.h"
+
+#include "settings/SettingTable.h"
+
+#include <QComboBox>
+#include <QLineEdit>
+
+#include <algorithm>
+
+QString FieldText(const QWidget* field)
+{
+    if (const auto* list = qobject_cast<const QComboBox*>(field))
+        return list->currentText();
+    if (const auto* line = qobject_cast<const QLineEdit*>(field))
+        return line->text();
+    return QString();
+}
+
+bool AllFilled(const QList<QWidget*>& fields)
+{
+    return std::all_of(fields.begin(), fields.end(), [](const QWidget* field) { return !FieldText(field).isEmpty(); });
+}
+
+SourcedValue ValueOfFields(Setting setting, const QList<QWidget*>& fields)
+{
+    QStringList texts;
+    for (const QWidget* field : fields)
+        texts.append(FieldText(field));
+    return ValueFromTexts(setting, texts);
+}
+
+ValueSource FieldsSource(Setting setting, const QList<QWidget*>& fields)
+{
+    return [setting, fields] { return ValueOfFields(setting, fields); };
+}

@@ -1,0 +1,100 @@
+#include "ui/LoadProfileBinding.h"
+
+#include "ports/OperatorPrompts.h"
+#include "ports/TextNumbers.h"
+#include "session/MeterSession.h"
+#include "ui/ConfirmedRequest.h"
+#include "ui/FieldValues.h"
+#include "ui/MainForm.h"
+#include "ui/StateColours.h"
+
+#include <QComboBox>
+#include <QLineEdit>
+#include <QPushButton>
+
+namespace {
+
+const QString kConfirmCaption = QStringLiteral("Load Profile");
+
+// Each group's set-up and clear, as settings.
+constexpr Setting kGroupSettings[] = {Setting::LpGroup1, Setting::LpGroup2};
+constexpr Setting kGroupClears[] = {Setting::LpClear1, Setting::LpClear2};
+
+} // namespace
+
+LoadProfileBinding::LoadProfileBinding(MainForm& form, MeterSession& session, OperatorPrompts& prompts)
+    : m_form(form), m_session(session), m_prompts(prompts)
+{
+    MainForm& f = form;
+    // Comm_LP_G1_Set_Click, Comm_LP_G2_Set_Click, Comm_Clr_G1_Data_Click, Comm_Clr_G2_Data_Click.
+    connect(f.Comm_LP_G1_Set, &QPushButton::clicked, this, [this] { SendGroupSetting(0); });
+    connect(f.Comm_LP_G2_Set, &QPushButton::clicked, this, [this] { SendGroupSetting(1); });
+    connect(f.Comm_Clr_G1_Data, &QPushButton::clicked, this, [this] { ClearGroupData(0); });
+    connect(f.Comm_Clr_G2_Data, &QPushButton::clicked, this, [this] { ClearGroupData(1); });
+
+    connect(f.Combo_LP_Read_Group_Sel, &QComboBox::currentTextChanged, this, &LoadProfileBinding::ChooseDownloadGroup);
+    ChooseDownloadGroup();
+    connect(f.Command8, &QPushButton::clicked, this, &LoadProfileBinding::Command8_Click);
+    // Combo_LP_Start_No_Validate, Combo_LP_Stop_No_Validate.
+    for (QComboBox* list : {f.Combo_LP_Start_No, f.Combo_LP_Stop_No})
+        m_checks.Add(list, [this, list] { CheckAgainstValid(list); });
+    connect(&session.download, &LpDownload::faceChanged, this, &LoadProfileBinding::ShowFace);
+}
+
+// A new channel count makes the meter discard the group's records, so the operator is asked
+// first; an interval or channel codes alone keep them. Every list of the group is sent, read
+// when the command is served.
+void LoadProfileBinding::SendGroupSetting(int group)
+{
+    const ControlArray<QComboBox>& lists = group == 0 ? m_form.Combo_G1_Setting : m_form.Combo_G2_Setting;
+    QList<QWidget*> fields;
+    for (int element : lists.indices())
+        fields.append(lists(element));
+    const bool sameCount = lists(0)->currentText() == m_form.Text_LP_Data_Counter(group)->text();
+    const Setting setting = kGroupSettings[group];
+    RequestConfirmed(m_session, setting, FieldsSource(setting, fields), [this, sameCount] {
+        return sameCount || m_prompts.Confirm(kConfirmCaption, QStringLiteral("Warning : You will delete Load Profile Data "));
+    });
+}
+
+void LoadProfileBinding::ClearGroupData(int group)
+{
+    const QString question = group == 0 ? QStringLiteral("Clear Group1 Data？") : QStringLiteral("Clear Group2 Data？");
+    RequestConfirmed(m_session, kGroupClears[group], FixedValue({}),
+                     [this, &question] { return m_prompts.Confirm(kConfirmCaption, question); });
+}
+
+// The list reads "1" or "2": group index 0 only for a text that leads with 1.
+void LoadProfileBinding::ChooseDownloadGroup()
+{
+    m_session.numberLists.ChooseGroup(LeadingValue(m_form.Combo_LP_Read_Group_Sel->currentText()) == 1 ? 0 : 1);
+}
+
+void LoadProfileBinding::Command8_Click()
+{
+    const auto first = WholeNumber32Of(m_form.Combo_LP_Start_No->currentText());
+    const auto last = WholeNumber32Of(m_form.Combo_LP_Stop_No->currentText());
+    const LpStart start = first && last ? m_session.download.Start(m_session.numberLists.Group(), *first, *last)
+                                        : LpStart::NoRange;
+    if (const QString message = LpStartMessage(start); !message.isEmpty())
+        m_prompts.Critical(message);
+}
+
+// A number beyond the intervals the meter holds for the chosen group goes back to the first.
+void LoadProfileBinding::CheckAgainstValid(QComboBox* list)
+{
+    const auto number = WholeNumber32Of(list->currentText());
+    if (number && *number > m_session.download.ValidIntervals(m_session.numberLists.Group())) {
+        m_prompts.Critical(QStringLiteral("Over Interval Valid limit"));
+        list->setEditText(QStringLiteral("1"));
+    }
+}
+
+void LoadProfileBinding::ShowFace(LpDownload::Face face, const QString& caption)
+{
+    m_form.Command8->setText(caption);
+    if (face == LpDownload::Face::Normal)
+        ClearBackground(m_form.Command8);
+    else
+        SetBackground(m_form.Command8, face == LpDownload::Face::Reading ? kOnLineColour : kResumableColour);
+}
