@@ -151,10 +151,14 @@ int HeldCtRatio(const MeterReading& r) { return r.ctRatioRegister; }
 int HeldScroll(const MeterReading& r) { return r.scrollTime; }
 int HeldSerial(const MeterReading& r) { return r.serialDisplay; }
 
+const char* const kLoadProfile = "Load Profile";
+
 template <int kGroup>
 SettingSpec GroupSetting(SettingSpec spec)
 {
     spec.fields = LpGroupFields(kGroup == 0 ? 12 : 8);
+    spec.caption = QString::fromLatin1(kLoadProfile);
+    spec.question = QStringLiteral("Warning : You will delete Load Profile Data ");
     spec.encode = [](const SettingValue& v, const WriteContext&) { return LpGroup(kGroup, v); };
     spec.block = MeterReading::RealTimeImage;
     spec.reported = [](const MeterReading& r, const RegisterWrite&) { return GroupText(GroupInReading(r, kGroup)); };
@@ -170,6 +174,8 @@ template <int kGroup>
 SettingSpec GroupClear(SettingSpec spec)
 {
     spec.confirmed = true;
+    spec.caption = QString::fromLatin1(kLoadProfile);
+    spec.question = QStringLiteral("Clear Group%1 Data？").arg(kGroup + 1);
     spec.encode = [](const SettingValue&, const WriteContext&) { return One(R::kLpClear[kGroup], W::kClearLpGroupCommand); };
     spec.block = MeterReading::RealTimeImage;
     spec.reported = [](const MeterReading& r, const RegisterWrite&) {
@@ -273,6 +279,8 @@ QList<SettingSpec> Build()
 
     SettingSpec kwh = Spec(Setting::ClearKwh, "Clear kWh", "clear-kwh", "clears all total energy counters");
     kwh.confirmed = true;
+    kwh.caption = QStringLiteral("Clr kWh");
+    kwh.question = QStringLiteral("Clear all total kWh？");
     kwh.encode = [](const SettingValue&, const WriteContext&) { return One(R::kClearKwh, W::kClearKwhCommand); };
     kwh.block = MeterReading::Energy;
     kwh.reported = [](const MeterReading& r, const RegisterWrite&) {

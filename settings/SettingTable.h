@@ -44,6 +44,10 @@ struct SettingSpec {
     QList<SettingField> fields;
     // Deletes what cannot be had back (counters, records): the operator confirms it first.
     bool confirmed = false;
+    // The confirmation dialog's caption and question. A group's set-up asks only when it
+    // changes the channel count, which makes the meter discard the group's records.
+    QString caption;
+    QString question;
     SettingWrite (*encode)(const SettingValue& value, const WriteContext& context);
     // The reading's block that brings the setting back.
     MeterReading::Block block;

@@ -14,7 +14,6 @@
 
 namespace {
 
-const QString kConfirmCaption = QStringLiteral("Load Profile");
 
 // Each group's set-up and clear, as settings.
 constexpr Setting kGroupSettings[] = {Setting::LpGroup1, Setting::LpGroup2};
@@ -52,16 +51,16 @@ void LoadProfileBinding::SendGroupSetting(int group)
         fields.append(lists(element));
     const bool sameCount = lists(0)->currentText() == m_form.Text_LP_Data_Counter(group)->text();
     const Setting setting = kGroupSettings[group];
-    RequestConfirmed(m_session, setting, FieldsSource(setting, fields), [this, sameCount] {
-        return sameCount || m_prompts.Confirm(kConfirmCaption, QStringLiteral("Warning : You will delete Load Profile Data "));
+    RequestConfirmed(m_session, setting, FieldsSource(setting, fields), [this, setting, sameCount] {
+        return sameCount || m_prompts.Confirm(SpecOf(setting).caption, SpecOf(setting).question);
     });
 }
 
 void LoadProfileBinding::ClearGroupData(int group)
 {
-    const QString question = group == 0 ? QStringLiteral("Clear Group1 Data？") : QStringLiteral("Clear Group2 Data？");
-    RequestConfirmed(m_session, kGroupClears[group], FixedValue({}),
-                     [this, &question] { return m_prompts.Confirm(kConfirmCaption, question); });
+    const SettingSpec& clear = SpecOf(kGroupClears[group]);
+    RequestConfirmed(m_session, clear.setting, FixedValue({}),
+                     [this, &clear] { return m_prompts.Confirm(clear.caption, clear.question); });
 }
 
 // The list reads "1" or "2": group index 0 only for a text that leads with 1.

@@ -66,9 +66,9 @@ void SettingsTabBinding::ConnectButtons()
 
 void SettingsTabBinding::Command1_Click()
 {
-    RequestConfirmed(m_session, Setting::ClearKwh, FixedValue({}), [this] {
-        return m_prompts.Confirm(QStringLiteral("Clr kWh"), QStringLiteral("Clear all total kWh？"));
-    });
+    const SettingSpec& clear = SpecOf(Setting::ClearKwh);
+    RequestConfirmed(m_session, clear.setting, FixedValue({}),
+                     [this, &clear] { return m_prompts.Confirm(clear.caption, clear.question); });
 }
 
 void SettingsTabBinding::ConnectChecks()

@@ -22,26 +22,9 @@ const QCommandLineOption kCodes(QStringLiteral("codes"),
     QStringLiteral("lp-group: channel codes from channel 1 on, comma-separated (1,2,3)."), QStringLiteral("LIST"));
 
 // The window's question before a write that deletes what cannot be had back.
-struct Question {
-    Setting setting;
-    const char* caption;
-    const char* text;
-};
-const Question kQuestions[] = {
-    {Setting::ClearKwh, "Clr kWh", "Clear all total kWh？"},
-    {Setting::LpClear1, "Load Profile", "Clear Group1 Data？"},
-    {Setting::LpClear2, "Load Profile", "Clear Group2 Data？"},
-    {Setting::LpGroup1, "Load Profile", "Warning : You will delete Load Profile Data "},
-    {Setting::LpGroup2, "Load Profile", "Warning : You will delete Load Profile Data "},
-};
-
-QString QuestionOf(Setting setting)
+QString QuestionOf(const SettingSpec& spec)
 {
-    for (const Question& question : kQuestions) {
-        if (question.setting == setting)
-            return QString::fromUtf8(question.caption) + QStringLiteral(": ") + QString::fromUtf8(question.text);
-    }
-    return QString();
+    return spec.caption + QStringLiteral(": ") + spec.question;
 }
 
 // Whether the write deletes data: clearing, or a group set-up with a new channel count.
@@ -161,7 +144,7 @@ int Write(ConsoleSession& console, const SetTarget& target, QStringList words, b
     const Setting setting = target.spec->setting;
     const SettingValue value = ValueFromTexts(setting, words).value;
     if (!confirmed && Deletes(target, value, *before))
-        return Fail(kExitRefused, QuestionOf(setting) + QStringLiteral(" Nothing was sent: add --yes to confirm."));
+        return Fail(kExitRefused, QuestionOf(*target.spec) + QStringLiteral(" Nothing was sent: add --yes to confirm."));
 
     MeterSession& session = console.session();
     const quint64 id = session.Request(setting, value);
