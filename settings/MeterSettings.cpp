@@ -71,14 +71,14 @@ void MeterSettings::Serve(const PendingRequest& request)
     const SourcedValue value = request.source();
     if (value.state == SourcedValue::State::Empty) // an empty field sends nothing, as it always did
         return;
-    const SettingSpec& spec = SpecOf(request.setting);
+    const SettingSpec& entry = SpecOf(request.setting);
     std::optional<RegisterWrite> write;
     QString why = value.state == SourcedValue::State::Refused
         ? value.reason
         : CheckAndEncode(request.setting, value.value, {m_clock.Now(), bMfgSerialShown != kFalse}, &write);
     if (!write) {
         if (why.isEmpty())
-            why = QStringLiteral("%1 cannot be written").arg(spec.name);
+            why = QStringLiteral("%1 cannot be written").arg(entry.name);
         m_connection.status.Set(why + QStringLiteral("; nothing was sent."));
         NotSent(request, SettingOutcome::NotSent, why);
         return;
@@ -92,14 +92,14 @@ void MeterSettings::Serve(const PendingRequest& request)
 
 void MeterSettings::Send(const PendingRequest& request, const RegisterWrite& write)
 {
-    const SettingSpec& spec = SpecOf(request.setting);
+    const SettingSpec& entry = SpecOf(request.setting);
     const MeterReading before = m_poll.Reading();
     SettingOutcome outcome;
     outcome.id = request.id;
     outcome.setting = request.setting;
     outcome.at = m_clock.Now();
-    outcome.from = before.Has(spec.block) ? spec.reported(before, write) : QString();
-    outcome.to = spec.written(write);
+    outcome.from = before.Has(entry.block) ? entry.reported(before, write) : QString();
+    outcome.to = entry.written(write);
     RegisterLink& link = m_connection.link;
     TransactionResult result;
     if (request.setting == Setting::PtRatio2) {
@@ -150,15 +150,15 @@ QList<SettingReadbackRow> MeterSettings::ReadBack(const std::function<SourcedVal
     const WriteContext context{reading.takenAt, bMfgSerialShown != kFalse};
     QList<SettingReadbackRow> rows;
     for (Setting setting : kShown) {
-        const SettingSpec& spec = SpecOf(setting);
-        const SourcedValue value = spec.fields.isEmpty() ? SourcedValue::Of({}) : chosen(setting);
+        const SettingSpec& entry = SpecOf(setting);
+        const SourcedValue value = entry.fields.isEmpty() ? SourcedValue::Of({}) : chosen(setting);
         std::optional<RegisterWrite> write;
         if (value.state == SourcedValue::State::Value)
             CheckAndEncode(setting, value.value, context, &write);
         // Only the display position is needed to name what the meter holds there.
         const RegisterWrite where = write.value_or(RegisterWrite{SettingRegister::kDisplayItems, {}});
-        const QString meter = reading.Has(spec.block) ? spec.reported(reading, where) : QString();
-        const bool differs = !meter.isEmpty() && write && !spec.shows(reading, *write, reading);
+        const QString meter = reading.Has(entry.block) ? entry.reported(reading, where) : QString();
+        const bool differs = !meter.isEmpty() && write && !entry.shows(reading, *write, reading);
         rows.append({setting, meter, differs});
     }
     return rows;

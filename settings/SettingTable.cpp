@@ -126,12 +126,12 @@ bool CountersCleared(const MeterReading& r, const MeterReading& before)
 
 // A setting held in one register: what the reading holds there beside what the write carries.
 template <int (*Held)(const MeterReading&), QString (*Text)(int)>
-SettingSpec RegisterSetting(SettingSpec spec)
+SettingSpec RegisterSetting(SettingSpec entry)
 {
-    spec.reported = [](const MeterReading& r, const RegisterWrite&) { return Text(Held(r)); };
-    spec.written = [](const RegisterWrite& w) { return Text(w.values.value(0)); };
-    spec.shows = [](const MeterReading& r, const RegisterWrite& w, const MeterReading&) { return Held(r) == w.values.value(0); };
-    return spec;
+    entry.reported = [](const MeterReading& r, const RegisterWrite&) { return Text(Held(r)); };
+    entry.written = [](const RegisterWrite& w) { return Text(w.values.value(0)); };
+    entry.shows = [](const MeterReading& r, const RegisterWrite& w, const MeterReading&) { return Held(r) == w.values.value(0); };
+    return entry;
 }
 
 QString PlainText(int value) { return QString::number(value); }
@@ -154,58 +154,58 @@ int HeldSerial(const MeterReading& r) { return r.serialDisplay; }
 const char* const kLoadProfile = "Load Profile";
 
 template <int kGroup>
-SettingSpec GroupSetting(SettingSpec spec)
+SettingSpec GroupSetting(SettingSpec entry)
 {
-    spec.fields = LpGroupFields(kGroup == 0 ? 12 : 8);
-    spec.caption = QString::fromLatin1(kLoadProfile);
-    spec.question = QStringLiteral("Warning : You will delete Load Profile Data ");
-    spec.encode = [](const SettingValue& v, const WriteContext&) { return LpGroup(kGroup, v); };
-    spec.block = MeterReading::RealTimeImage;
-    spec.reported = [](const MeterReading& r, const RegisterWrite&) { return GroupText(GroupInReading(r, kGroup)); };
-    spec.written = [](const RegisterWrite& w) { return GroupText(GroupInWrite(w)); };
-    spec.shows = [](const MeterReading& r, const RegisterWrite& w, const MeterReading&) {
+    entry.fields = LpGroupFields(kGroup == 0 ? 12 : 8);
+    entry.caption = QString::fromLatin1(kLoadProfile);
+    entry.question = QStringLiteral("Warning : You will delete Load Profile Data ");
+    entry.encode = [](const SettingValue& v, const WriteContext&) { return LpGroup(kGroup, v); };
+    entry.block = MeterReading::RealTimeImage;
+    entry.reported = [](const MeterReading& r, const RegisterWrite&) { return GroupText(GroupInReading(r, kGroup)); };
+    entry.written = [](const RegisterWrite& w) { return GroupText(GroupInWrite(w)); };
+    entry.shows = [](const MeterReading& r, const RegisterWrite& w, const MeterReading&) {
         return GroupInReading(r, kGroup) == GroupInWrite(w);
     };
-    return spec;
+    return entry;
 }
 
 // A group just cleared may record a new interval before it is read again.
 template <int kGroup>
-SettingSpec GroupClear(SettingSpec spec)
+SettingSpec GroupClear(SettingSpec entry)
 {
-    spec.confirmed = true;
-    spec.caption = QString::fromLatin1(kLoadProfile);
-    spec.question = QStringLiteral("Clear Group%1 Data？").arg(kGroup + 1);
-    spec.encode = [](const SettingValue&, const WriteContext&) { return One(R::kLpClear[kGroup], W::kClearLpGroupCommand); };
-    spec.block = MeterReading::RealTimeImage;
-    spec.reported = [](const MeterReading& r, const RegisterWrite&) {
+    entry.confirmed = true;
+    entry.caption = QString::fromLatin1(kLoadProfile);
+    entry.question = QStringLiteral("Clear Group%1 Data？").arg(kGroup + 1);
+    entry.encode = [](const SettingValue&, const WriteContext&) { return One(R::kLpClear[kGroup], W::kClearLpGroupCommand); };
+    entry.block = MeterReading::RealTimeImage;
+    entry.reported = [](const MeterReading& r, const RegisterWrite&) {
         return QStringLiteral("%1 intervals").arg(r.loadProfile[kGroup].validIntervals);
     };
-    spec.written = [](const RegisterWrite&) { return QStringLiteral("0 intervals"); };
-    spec.shows = [](const MeterReading& r, const RegisterWrite&, const MeterReading& before) {
+    entry.written = [](const RegisterWrite&) { return QStringLiteral("0 intervals"); };
+    entry.shows = [](const MeterReading& r, const RegisterWrite&, const MeterReading& before) {
         const int now = r.loadProfile[kGroup].validIntervals;
         return now == 0 || now < before.loadProfile[kGroup].validIntervals;
     };
-    return spec;
+    return entry;
 }
 
-SettingSpec Spec(Setting setting, const char* name, const char* key, const char* help, QList<SettingField> fields = {})
+SettingSpec Entry(Setting setting, const char* name, const char* key, const char* help, QList<SettingField> fields = {})
 {
-    SettingSpec spec{};
-    spec.setting = setting;
-    spec.name = QString::fromUtf8(name);
-    spec.key = QString::fromLatin1(key);
-    spec.help = QString::fromUtf8(help);
-    spec.fields = std::move(fields);
-    spec.block = MeterReading::RealTimeImage;
-    return spec;
+    SettingSpec entry{};
+    entry.setting = setting;
+    entry.name = QString::fromUtf8(name);
+    entry.key = QString::fromLatin1(key);
+    entry.help = QString::fromUtf8(help);
+    entry.fields = std::move(fields);
+    entry.block = MeterReading::RealTimeImage;
+    return entry;
 }
 
 QList<SettingSpec> Build()
 {
     QList<SettingSpec> table;
 
-    SettingSpec clock = Spec(Setting::Clock, "Clock", "clock", "the meter's clock to the PC's date and time");
+    SettingSpec clock = Entry(Setting::Clock, "Clock", "clock", "the meter's clock to the PC's date and time");
     clock.encode = [](const SettingValue&, const WriteContext& c) { return Made(W::Clock(c.now)); };
     clock.reported = [](const MeterReading& r, const RegisterWrite&) { return ClockText(MeterClock(r)); };
     clock.written = [](const RegisterWrite& w) { return ClockText(WrittenClock(w)); };
@@ -215,28 +215,28 @@ QList<SettingSpec> Build()
     };
     table.append(clock);
 
-    SettingSpec address = RegisterSetting<HeldAddress, PlainText>(Spec(Setting::Address, "Modbus address", "address",
+    SettingSpec address = RegisterSetting<HeldAddress, PlainText>(Entry(Setting::Address, "Modbus address", "address",
         "the meter's new Modbus address, 1 to 250; the tool follows it", {Typed("N", TypedField::NewAddress)}));
     address.encode = [](const SettingValue& v, const WriteContext&) { return One(R::kAddress, v.fields[0]); };
     table.append(address);
 
-    SettingSpec baud = RegisterSetting<HeldBaud, BaudText>(Spec(Setting::BaudRate, "Baud rate", "baud",
+    SettingSpec baud = RegisterSetting<HeldBaud, BaudText>(Entry(Setting::BaudRate, "Baud rate", "baud",
         "the meter's baud rate; the tool follows it", {Choice("RATE", BaudRateTexts())}));
     baud.encode = [](const SettingValue& v, const WriteContext&) { return Code(R::kBaudRate, SpecOf(Setting::BaudRate).fields[0], v.fields[0], 1); };
     table.append(baud);
 
-    SettingSpec stop = RegisterSetting<HeldStopBit, StopBitText>(Spec(Setting::StopBit, "Stop bit", "stop-bits",
+    SettingSpec stop = RegisterSetting<HeldStopBit, StopBitText>(Entry(Setting::StopBit, "Stop bit", "stop-bits",
         "the meter's stop bits; the tool follows them", {Choice("N", StopBitTexts())}));
     stop.encode = [](const SettingValue& v, const WriteContext&) { return Code(R::kStopBit, SpecOf(Setting::StopBit).fields[0], v.fields[0], 1); };
     table.append(stop);
 
-    SettingSpec ct = RegisterSetting<HeldCtRatio, PlainText>(Spec(Setting::CtRatio, "CT ratio", "ct-ratio",
+    SettingSpec ct = RegisterSetting<HeldCtRatio, PlainText>(Entry(Setting::CtRatio, "CT ratio", "ct-ratio",
         "the CT ratio, 1 to 2400", {Typed("N", TypedField::CtRatio)}));
     ct.encode = [](const SettingValue& v, const WriteContext&) { return One(R::kCtRatio, v.fields[0]); };
     ct.block = MeterReading::Ratios;
     table.append(ct);
 
-    SettingSpec pt1 = RegisterSetting<HeldPtRatio1, PtRatio1Text>(Spec(Setting::PtRatio1, "PT ratio 1", "pt-ratio",
+    SettingSpec pt1 = RegisterSetting<HeldPtRatio1, PtRatio1Text>(Entry(Setting::PtRatio1, "PT ratio 1", "pt-ratio",
         "PT ratio 1: 0.1 to 6250 by 0.1 (the meter holds up to 3276.7)", {Typed("RATIO", TypedField::PtRatio)}));
     pt1.encode = [](const SettingValue& v, const WriteContext&) -> SettingWrite {
         if (const auto write = W::PtRatio1(v.fields[0]))
@@ -246,18 +246,18 @@ QList<SettingSpec> Build()
     pt1.block = MeterReading::Ratios;
     table.append(pt1);
 
-    SettingSpec serial = RegisterSetting<HeldSerial, SerialText>(Spec(Setting::SerialDisplay, "Serial number display",
+    SettingSpec serial = RegisterSetting<HeldSerial, SerialText>(Entry(Setting::SerialDisplay, "Serial number display",
         "serial-display", "shows the manufacturing serial number on the meter's display"));
     serial.encode = [](const SettingValue&, const WriteContext& c) { return Made(W::SerialDisplay(c.serialShown)); };
     table.append(serial);
 
-    SettingSpec scroll = RegisterSetting<HeldScroll, ScrollText>(Spec(Setting::ScrollTime, "Scroll time", "scroll-time",
+    SettingSpec scroll = RegisterSetting<HeldScroll, ScrollText>(Entry(Setting::ScrollTime, "Scroll time", "scroll-time",
         "the display's scroll time", {Choice("SECONDS", ScrollTimeTexts())}));
     // The first entry is 3 seconds: the register holds the entry's index + 3, the number shown.
     scroll.encode = [](const SettingValue& v, const WriteContext&) { return Code(R::kScrollTime, SpecOf(Setting::ScrollTime).fields[0], v.fields[0], 3); };
     table.append(scroll);
 
-    SettingSpec item = Spec(Setting::DisplayItem, "Display item", "display-item", "item at a position",
+    SettingSpec item = Entry(Setting::DisplayItem, "Display item", "display-item", "item at a position",
         {Choice("POSITION", DisplayPositionTexts()), Choice("ITEM", DisplayItemTexts())});
     item.encode = [](const SettingValue& v, const WriteContext&) { return One(quint16(R::kDisplayItems + v.fields[0] - 1), v.fields[1]); };
     item.reported = [](const MeterReading& r, const RegisterWrite& w) {
@@ -272,12 +272,12 @@ QList<SettingSpec> Build()
     };
     table.append(item);
 
-    table.append(GroupSetting<0>(Spec(Setting::LpGroup1, "LP group 1", "lp-group", "a load-profile group's set-up")));
-    table.append(GroupSetting<1>(Spec(Setting::LpGroup2, "LP group 2", "lp-group", "a load-profile group's set-up")));
-    table.append(GroupClear<0>(Spec(Setting::LpClear1, "LP group 1 records", "lp-clear", "deletes a load-profile group's records")));
-    table.append(GroupClear<1>(Spec(Setting::LpClear2, "LP group 2 records", "lp-clear", "deletes a load-profile group's records")));
+    table.append(GroupSetting<0>(Entry(Setting::LpGroup1, "LP group 1", "lp-group", "a load-profile group's set-up")));
+    table.append(GroupSetting<1>(Entry(Setting::LpGroup2, "LP group 2", "lp-group", "a load-profile group's set-up")));
+    table.append(GroupClear<0>(Entry(Setting::LpClear1, "LP group 1 records", "lp-clear", "deletes a load-profile group's records")));
+    table.append(GroupClear<1>(Entry(Setting::LpClear2, "LP group 2 records", "lp-clear", "deletes a load-profile group's records")));
 
-    SettingSpec kwh = Spec(Setting::ClearKwh, "Clear kWh", "clear-kwh", "clears all total energy counters");
+    SettingSpec kwh = Entry(Setting::ClearKwh, "Clear kWh", "clear-kwh", "clears all total energy counters");
     kwh.confirmed = true;
     kwh.caption = QStringLiteral("Clr kWh");
     kwh.question = QStringLiteral("Clear all total kWh？");
@@ -290,12 +290,12 @@ QList<SettingSpec> Build()
     kwh.shows = [](const MeterReading& r, const RegisterWrite&, const MeterReading& before) { return CountersCleared(r, before); };
     table.append(kwh);
 
-    SettingSpec wiring = RegisterSetting<HeldWiring, WiringText>(Spec(Setting::Wiring, "Wiring", "wiring", "the wiring mode",
+    SettingSpec wiring = RegisterSetting<HeldWiring, WiringText>(Entry(Setting::Wiring, "Wiring", "wiring", "the wiring mode",
         {Choice("MODE", WiringTexts())}));
     wiring.encode = [](const SettingValue& v, const WriteContext&) { return Code(R::kWiring, SpecOf(Setting::Wiring).fields[0], v.fields[0], 0); };
     table.append(wiring);
 
-    SettingSpec pt2 = Spec(Setting::PtRatio2, "PT ratio 2", "pt-ratio-2", "PT ratio 2 from the primary and secondary voltages",
+    SettingSpec pt2 = Entry(Setting::PtRatio2, "PT ratio 2", "pt-ratio-2", "PT ratio 2 from the primary and secondary voltages",
         {Typed("PRIMARY"), Typed("SECONDARY")});
     pt2.encode = [](const SettingValue& v, const WriteContext&) -> SettingWrite {
         if (const auto write = W::PtRatio2(v.fields[0], v.fields[1]))
@@ -350,9 +350,9 @@ const SettingSpec& SpecOf(Setting setting)
 
 const SettingSpec* SpecByKey(const QString& key)
 {
-    for (const SettingSpec& spec : SettingTable()) {
-        if (spec.key == key)
-            return &spec;
+    for (const SettingSpec& entry : SettingTable()) {
+        if (entry.key == key)
+            return &entry;
     }
     return nullptr;
 }
@@ -375,10 +375,10 @@ double ChoiceValue(const SettingField& field, int index)
 
 SourcedValue ValueFromTexts(Setting setting, const QStringList& texts)
 {
-    const SettingSpec& spec = SpecOf(setting);
+    const SettingSpec& entry = SpecOf(setting);
     SettingValue value;
-    for (int i = 0; i < spec.fields.size(); ++i) {
-        const SettingField& field = spec.fields[i];
+    for (int i = 0; i < entry.fields.size(); ++i) {
+        const SettingField& field = entry.fields[i];
         const QString text = texts.value(i);
         if (text.isEmpty())
             return {};
@@ -390,7 +390,7 @@ SourcedValue ValueFromTexts(Setting setting, const QStringList& texts)
             continue;
         }
         const auto at = std::find_if(field.choices.begin(), field.choices.end(),
-                                     [&text](const QString& entry) { return entry.compare(text, Qt::CaseInsensitive) == 0; });
+                                     [&text](const QString& choice) { return choice.compare(text, Qt::CaseInsensitive) == 0; });
         if (at == field.choices.end())
             return SourcedValue::Refused(QStringLiteral("\"%1\" is none of the choices").arg(text));
         value.fields.append(ChoiceValue(field, int(at - field.choices.begin())));
@@ -401,20 +401,20 @@ SourcedValue ValueFromTexts(Setting setting, const QStringList& texts)
 QString CheckAndEncode(Setting setting, const SettingValue& value, const WriteContext& context,
                        std::optional<RegisterWrite>* write)
 {
-    const SettingSpec& spec = SpecOf(setting);
-    if (value.fields.size() != spec.fields.size())
-        return QStringLiteral("%1 takes %2 values, not %3").arg(spec.name).arg(spec.fields.size()).arg(value.fields.size());
-    for (int i = 0; i < spec.fields.size(); ++i) {
-        const SettingField& field = spec.fields[i];
+    const SettingSpec& entry = SpecOf(setting);
+    if (value.fields.size() != entry.fields.size())
+        return QStringLiteral("%1 takes %2 values, not %3").arg(entry.name).arg(entry.fields.size()).arg(value.fields.size());
+    for (int i = 0; i < entry.fields.size(); ++i) {
+        const SettingField& field = entry.fields[i];
         const double number = value.fields[i];
         if (!field.Typed() && ChoiceIndex(field, number) < 0)
-            return QStringLiteral("%1: %2 is none of the choices").arg(spec.name).arg(number);
+            return QStringLiteral("%1: %2 is none of the choices").arg(entry.name).arg(number);
         if (field.check) {
             if (const FieldCheck check = CheckTypedNumber(*field.check, number); !check.accepted)
                 return check.message;
         }
     }
-    const SettingWrite made = spec.encode(value, context);
+    const SettingWrite made = entry.encode(value, context);
     *write = made.write;
     return made.whyNot;
 }

@@ -22,9 +22,9 @@ const QCommandLineOption kCodes(QStringLiteral("codes"),
     QStringLiteral("lp-group: channel codes from channel 1 on, comma-separated (1,2,3)."), QStringLiteral("LIST"));
 
 // The window's question before a write that deletes what cannot be had back.
-QString QuestionOf(const SettingSpec& spec)
+QString QuestionOf(const SettingSpec& entry)
 {
-    return spec.caption + QStringLiteral(": ") + spec.question;
+    return entry.caption + QStringLiteral(": ") + entry.question;
 }
 
 // Whether the write deletes data: clearing, or a group set-up with a new channel count.
@@ -32,18 +32,18 @@ bool Deletes(const SetTarget& target, const SettingValue& value, const MeterRead
 {
     if (target.IsGroupSetUp())
         return int(value.fields.value(0)) != reading.loadProfile[std::size_t(target.group - 1)].channelCount;
-    return target.spec->confirmed;
+    return target.entry->confirmed;
 }
 
 // The settings lp-group and lp-clear choose between by their GROUP.
-bool ByGroup(const SettingSpec& spec)
+bool ByGroup(const SettingSpec& entry)
 {
-    return spec.key == SpecOf(Setting::LpGroup1).key || spec.key == SpecOf(Setting::LpClear1).key;
+    return entry.key == SpecOf(Setting::LpGroup1).key || entry.key == SpecOf(Setting::LpClear1).key;
 }
 
-QString Syntax(const SettingSpec& spec)
+QString Syntax(const SettingSpec& entry)
 {
-    return ByGroup(spec) ? QStringLiteral("1|2") : FieldWords(spec);
+    return ByGroup(entry) ? QStringLiteral("1|2") : FieldWords(entry);
 }
 
 // The words as the operator's input is checked, before anything goes on line. A group
@@ -51,22 +51,22 @@ QString Syntax(const SettingSpec& spec)
 // the field stands in for it here.
 int CheckWords(const SetTarget& target, QStringList words)
 {
-    const SettingSpec& spec = *target.spec;
+    const SettingSpec& entry = *target.entry;
     if (target.IsGroupSetUp()) {
         for (qsizetype i = 0; i < words.size(); ++i) {
             if (words[i].isEmpty())
-                words[i] = spec.fields[i].choices.value(0);
+                words[i] = entry.fields[i].choices.value(0);
         }
     }
-    const SourcedValue value = ValueFromTexts(spec.setting, words);
+    const SourcedValue value = ValueFromTexts(entry.setting, words);
     if (value.state == SourcedValue::State::Empty)
         return Fail(kExitRefused, QStringLiteral("nothing was sent: the value is empty"));
     if (value.state == SourcedValue::State::Value)
         return kExitOk;
-    const int field = RefusedField(spec.setting, words).value_or(0);
-    if (!spec.fields[field].Typed())
+    const int field = RefusedField(entry.setting, words).value_or(0);
+    if (!entry.fields[field].Typed())
         return NoneOfTheChoices(target, field, words[field]);
-    return Fail(kExitRefused, QStringLiteral("%1 \"%2\" refused: %3").arg(spec.key, words[field], value.reason));
+    return Fail(kExitRefused, QStringLiteral("%1 \"%2\" refused: %3").arg(entry.key, words[field], value.reason));
 }
 
 int ExitStatusOf(SettingOutcome::Result result)
@@ -141,10 +141,10 @@ int Write(ConsoleSession& console, const SetTarget& target, QStringList words, b
             return kExitBadArguments;
         words = *complete;
     }
-    const Setting setting = target.spec->setting;
+    const Setting setting = target.entry->setting;
     const SettingValue value = ValueFromTexts(setting, words).value;
     if (!confirmed && Deletes(target, value, *before))
-        return Fail(kExitRefused, QuestionOf(*target.spec) + QStringLiteral(" Nothing was sent: add --yes to confirm."));
+        return Fail(kExitRefused, QuestionOf(*target.entry) + QStringLiteral(" Nothing was sent: add --yes to confirm."));
 
     MeterSession& session = console.session();
     const quint64 id = session.Request(setting, value);
@@ -170,13 +170,13 @@ std::optional<SetTarget> TargetOf(QStringList& words)
     }
     const QString key = words.takeFirst();
     SetTarget target{SpecByKey(key)};
-    if (target.spec == nullptr) {
+    if (target.entry == nullptr) {
         Fail(kExitBadArguments, QStringLiteral("unknown setting \"%1\": one of %2").arg(key, SettingKeys()));
         return std::nullopt;
     }
-    const bool byGroup = ByGroup(*target.spec);
-    if (words.size() != (byGroup ? 1 : target.spec->fields.size())) {
-        Fail(kExitBadArguments, QStringLiteral("usage: qx5820 set %1 %2").arg(key, Syntax(*target.spec)).trimmed());
+    const bool byGroup = ByGroup(*target.entry);
+    if (words.size() != (byGroup ? 1 : target.entry->fields.size())) {
+        Fail(kExitBadArguments, QStringLiteral("usage: qx5820 set %1 %2").arg(key, Syntax(*target.entry)).trimmed());
         return std::nullopt;
     }
     if (!byGroup)
@@ -188,7 +188,7 @@ std::optional<SetTarget> TargetOf(QStringList& words)
     }
     target.group = group.toInt();
     if (target.group == 2)
-        target.spec = &SpecOf(target.IsGroupSetUp() ? Setting::LpGroup2 : Setting::LpClear2);
+        target.entry = &SpecOf(target.IsGroupSetUp() ? Setting::LpGroup2 : Setting::LpClear2);
     return target;
 }
 
@@ -226,14 +226,14 @@ std::optional<int> RefusedField(Setting setting, const QStringList& words)
 int NoneOfTheChoices(const SetTarget& target, int field, const QString& word)
 {
     return Fail(kExitBadArguments, QStringLiteral("%1 must be one of %2, not \"%3\"")
-                                       .arg(target.FieldName(field), AllowedValues(target.spec->fields[field].choices), word));
+                                       .arg(target.FieldName(field), AllowedValues(target.entry->fields[field].choices), word));
 }
 
 QString SetTarget::FieldName(int field) const
 {
     if (IsGroupSetUp())
-        return QStringLiteral("%1 %2 %3").arg(spec->key).arg(group).arg(GroupFieldName(field));
-    return spec->key + QLatin1Char(' ') + spec->fields[field].word;
+        return QStringLiteral("%1 %2 %3").arg(entry->key).arg(group).arg(GroupFieldName(field));
+    return entry->key + QLatin1Char(' ') + entry->fields[field].word;
 }
 
 

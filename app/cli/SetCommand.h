@@ -14,9 +14,9 @@
 // The setting a command line names. lp-group and lp-clear name one of two settings by the
 // group that follows them.
 struct SetTarget {
-    const SettingSpec* spec = nullptr;
+    const SettingSpec* entry = nullptr;
     int group = 0; // lp-group and lp-clear: 1 or 2
-    bool IsGroupSetUp() const { return spec->setting == Setting::LpGroup1 || spec->setting == Setting::LpGroup2; }
+    bool IsGroupSetUp() const { return entry->setting == Setting::LpGroup1 || entry->setting == Setting::LpGroup2; }
     // How messages name field `field`: "wiring MODE", "lp-group 1 channel 2 code".
     QString FieldName(int field) const;
 };
@@ -26,7 +26,7 @@ struct SetTarget {
 QString AllowedValues(const QStringList& entries);
 
 // The words of a setting's value as its usage names them: "POSITION ITEM".
-QString FieldWords(const SettingSpec& spec);
+QString FieldWords(const SettingSpec& entry);
 // Every setting, its values and what it needs, for set --help.
 QString SetHelp();
 // The settings' names, for messages: "clock, address, baud, ...".

@@ -14,21 +14,21 @@ QString Line(const QString& usage, const QString& meaning)
 }
 
 // A setting on one line: its words, what it does and the values of its choice fields.
-QString SettingLine(const SettingSpec& spec, const QString& words)
+QString SettingLine(const SettingSpec& entry, const QString& words)
 {
     QStringList allowed;
-    for (const SettingField& field : spec.fields) {
+    for (const SettingField& field : entry.fields) {
         if (field.Typed())
             continue;
         const QString values = AllowedValues(field.choices);
-        allowed.append(spec.fields.size() > 1 ? field.word + QLatin1Char(' ') + values : values);
+        allowed.append(entry.fields.size() > 1 ? field.word + QLatin1Char(' ') + values : values);
     }
-    QString meaning = spec.help;
+    QString meaning = entry.help;
     if (!allowed.isEmpty())
         meaning += QStringLiteral(": ") + allowed.join(QStringLiteral("; "));
-    if (spec.confirmed)
+    if (entry.confirmed)
         meaning += QStringLiteral("; only with --yes");
-    return Line((spec.key + QLatin1Char(' ') + words).trimmed(), meaning);
+    return Line((entry.key + QLatin1Char(' ') + words).trimmed(), meaning);
 }
 
 // The group set-up takes its fields as options, and has the channel codes' names to tell.
@@ -69,10 +69,10 @@ QList<const SettingSpec*> ByKey()
 {
     QList<const SettingSpec*> specs;
     QStringList keys;
-    for (const SettingSpec& spec : SettingTable()) {
-        if (!keys.contains(spec.key)) {
-            keys.append(spec.key);
-            specs.append(&spec);
+    for (const SettingSpec& entry : SettingTable()) {
+        if (!keys.contains(entry.key)) {
+            keys.append(entry.key);
+            specs.append(&entry);
         }
     }
     return specs;
@@ -95,10 +95,10 @@ QString AllowedValues(const QStringList& entries)
     return parts.join(QStringLiteral(", "));
 }
 
-QString FieldWords(const SettingSpec& spec)
+QString FieldWords(const SettingSpec& entry)
 {
     QStringList words;
-    for (const SettingField& field : spec.fields)
+    for (const SettingField& field : entry.fields)
         words.append(field.word);
     return words.join(QLatin1Char(' '));
 }
@@ -106,8 +106,8 @@ QString FieldWords(const SettingSpec& spec)
 QString SettingKeys()
 {
     QStringList keys;
-    for (const SettingSpec* spec : ByKey())
-        keys.append(spec->key);
+    for (const SettingSpec* entry : ByKey())
+        keys.append(entry->key);
     return keys.join(QStringLiteral(", "));
 }
 
@@ -117,11 +117,11 @@ QString SetHelp()
         "Writes one setting to the meter as the window's button does, waits until the next readings show it\n"
         "and prints the setting, its value before and after, and how the write ended. Exit status 0 only\n"
         "when the meter was seen to hold the new value.\n\nSettings:")};
-    for (const SettingSpec* spec : ByKey()) {
-        if (spec->setting == Setting::LpGroup1)
+    for (const SettingSpec* entry : ByKey()) {
+        if (entry->setting == Setting::LpGroup1)
             lines.append(GroupSetUpHelp());
         else
-            lines.append(SettingLine(*spec, spec->setting == Setting::LpClear1 ? QStringLiteral("GROUP") : FieldWords(*spec)));
+            lines.append(SettingLine(*entry, entry->setting == Setting::LpClear1 ? QStringLiteral("GROUP") : FieldWords(*entry)));
     }
     return lines.join(QLatin1Char('\n'));
 }

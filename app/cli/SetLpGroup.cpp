@@ -36,7 +36,7 @@ QString GroupFieldName(int field)
 std::optional<QStringList> GroupSetUpWords(const SetTarget& target, const QString& channels, const QString& interval,
                                            const QString& codes)
 {
-    QStringList words(target.spec->fields.size());
+    QStringList words(target.entry->fields.size());
     words[kChannelsField] = channels;
     words[kIntervalField] = interval;
     if (codes.isEmpty())
@@ -44,7 +44,7 @@ std::optional<QStringList> GroupSetUpWords(const SetTarget& target, const QStrin
     const QStringList given = codes.split(QLatin1Char(','));
     const qsizetype most = words.size() - kCodesField;
     if (given.size() > most) {
-        Fail(kExitBadArguments, QStringLiteral("%1 has %2 channels, not %3 codes").arg(target.spec->name).arg(most).arg(given.size()));
+        Fail(kExitBadArguments, QStringLiteral("%1 has %2 channels, not %3 codes").arg(target.entry->name).arg(most).arg(given.size()));
         return std::nullopt;
     }
     for (int k = 0; k < given.size(); ++k) {
@@ -67,9 +67,9 @@ std::optional<QStringList> CompleteGroupSetUp(const SetTarget& target, QStringLi
             words[field] = QString::number(Reported(held, field));
     }
     // The words given were checked before: a refused one is the meter's.
-    if (const std::optional<int> field = RefusedField(target.spec->setting, words)) {
+    if (const std::optional<int> field = RefusedField(target.entry->setting, words)) {
         Fail(kExitBadArguments, QStringLiteral("%1 reports %2 %3, none of the choices: give it on the command line")
-                                    .arg(target.spec->name, GroupFieldName(*field), words[*field]));
+                                    .arg(target.entry->name, GroupFieldName(*field), words[*field]));
         return std::nullopt;
     }
     return words;
