@@ -144,7 +144,14 @@ int main(int argc, char* argv[])
         if (face != LpDownload::Face::Normal || !save(QStringLiteral("lp-finished.png")))
             return;
         // The plot tab has opened the file just written; the trends get a few more seconds.
-        form.tabs->setCurrentWidget(form.findChild<LpPlotView*>());
+        auto* plot = form.findChild<LpPlotView*>();
+        form.tabs->setCurrentWidget(plot);
+        // The report is read from the event loop: the picture waits for it, 10 s at most.
+        QEventLoop reading;
+        QObject::connect(plot, &LpPlotView::shown, &reading, &QEventLoop::quit);
+        QTimer::singleShot(10000, &reading, &QEventLoop::quit);
+        if (plot->Reading())
+            reading.exec();
         if (!save(QStringLiteral("lp-plot.png")))
             return;
         form.tabs->setCurrentWidget(form.findChild<TrendView*>());

@@ -6,6 +6,11 @@
 //   - a reply from another address on all five attempts;
 //   - the port vanishing while a transaction waits (the meter's pseudo-terminal closed);
 //   - in about one run of a hundred, silence through all five attempts (ten seconds).
+// In one run of five the run's folder is a small disk (a tmpfs of 4 to 16 KiB, mounted when
+// run as root) that fills up mid-download; the download stops, the disk is given room and the
+// download continued. In one run of ten a link to a file outside "LP Data" is planted under the
+// name of the day's file first: the download must refuse it and leave that file as it was,
+// then start once the link is gone. Files outside "LP Data" touched are counted.
 // After each, the session goes on line again and the operator answers "Yes" to continuing,
 // until the download ends. The file's data rows are then held against the meter's records
 // of the range: intervals lost, intervals written more than once, rows that match no record.
@@ -20,9 +25,12 @@
 #include <QRandomGenerator>
 #include <QTemporaryDir>
 
+#include <sys/mount.h>
+
 #include <array>
 #include <cstdio>
 #include <cstdlib>
+#include <optional>
 
 using sim::Fault;
 
@@ -49,13 +57,70 @@ struct Totals {
     qint64 stuckRuns = 0;
     qint64 questions = 0;
     qint64 unexplainedStops = 0; // the download stopped with no fault of ours behind it
+    qint64 smallDisks = 0;
+    qint64 diskFullStops = 0;
+    qint64 linksPlanted = 0;
+    qint64 linksRefused = 0;
+    qint64 outsideTouched = 0; // files outside "LP Data" changed or made
     std::array<qint64, kKinds> injected{};
     std::array<qint64, kKinds> struck{}; // the download was found stopped afterwards
 };
 
+// A tmpfs of a few KiB mounted on a run's folder, so that its disk fills up for real.
+class SmallDisk {
+public:
+    SmallDisk(const QString& folder, int kib) : m_folder(QFile::encodeName(folder))
+    {
+        m_mounted = ::mount("tmpfs", m_folder.constData(), "tmpfs", 0, ("size=" + QByteArray::number(kib) + "k").constData()) == 0;
+    }
+    ~SmallDisk()
+    {
+        if (m_mounted)
+            ::umount2(m_folder.constData(), MNT_DETACH);
+    }
+    bool Mounted() const { return m_mounted; }
+    // Room for the rest of the download, as an operator makes room on a full disk.
+    void Grow() { ::mount("tmpfs", m_folder.constData(), "tmpfs", MS_REMOUNT, "size=1m"); }
+
+private:
+    QByteArray m_folder;
+    bool m_mounted = false;
+};
+
+QByteArray Contents(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+// A link under the name of the day's file, to a file beside "LP Data": the download must refuse
+// it. True when it did; the link is gone afterwards.
+bool RefusesAPlantedLink(BenchSession& on, const QString& folder, const QString& outside)
+{
+    const QString data = QDir(folder).filePath(QStringLiteral("LP Data"));
+    QDir().mkpath(data);
+    const QString name = LpCsvFile::FileName(on.session->poll.Reading().identification, on.clock.Now().date(), kGroup - 1);
+    const QString link = QDir(data).filePath(name);
+    if (!QFile::link(outside, link))
+        return false;
+    const bool refused = on.Start() == LpStart::FileError;
+    QFile::remove(link);
+    return refused;
+}
+
 // One run. Returns false when it never ended.
 bool Run(sim::SimulatedMeterHost& meter, const QString& folder, QRandomGenerator& random, Totals& totals)
 {
+    const bool small = random.bounded(5) == 0;
+    const int kib = 4 * (1 + int(random.bounded(4)));
+    std::optional<SmallDisk> disk = small ? std::optional<SmallDisk>(std::in_place, folder, kib) : std::nullopt;
+    if (disk && disk->Mounted())
+        ++totals.smallDisks;
+    // Beside "LP Data", in the run's folder: what a planted link points at.
+    const QString outside = QDir(folder).filePath(QStringLiteral("someone else's file"));
+    const QByteArray outsideText("not the download's\n");
+    if (QFile out(outside); out.open(QIODevice::WriteOnly))
+        out.write(outsideText);
     BenchSession on(meter, folder, kGroup);
     if (!on.begin()) {
         std::fprintf(stderr, "cannot go on line to the simulated meter\n");
@@ -104,8 +169,29 @@ bool Run(sim::SimulatedMeterHost& meter, const QString& folder, QRandomGenerator
         ++done;
     };
 
+    // A full disk stops a step (finished) or the start of a block (its header did not fit).
+    const auto diskFull = [&] {
+        ++totals.diskFullStops;
+        if (disk)
+            disk->Grow();
+    };
+    QObject::connect(&download, &LpDownload::finished, &download, [&](LpEnd end) {
+        if (end == LpEnd::FileError)
+            diskFull();
+    });
+    const auto start = [&] {
+        if (on.Start() != LpStart::FileError)
+            return;
+        diskFull();
+        on.Start();
+    };
+    if (random.bounded(10) == 0) {
+        ++totals.linksPlanted;
+        totals.linksRefused += RefusesAPlantedLink(on, folder, outside);
+    }
+
     arm();
-    on.Start();
+    start();
     bool ended = false;
     for (int resumed = 0; resumed <= kResumeLimit; ++resumed) {
         if (!RunUntil([&] { return !download.Timer_RS_Lpf.isActive(); }, kStepWaitMs))
@@ -125,9 +211,15 @@ bool Run(sim::SimulatedMeterHost& meter, const QString& folder, QRandomGenerator
         if (!on.onLine())
             continue;
         arm();
-        on.Start();
+        start();
     }
     faultAt = 0;
+    const QStringList beside = QDir(folder).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::System);
+    if (Contents(outside) != outsideText || beside.size() != 2) {
+        ++totals.outsideTouched;
+        std::fprintf(stderr, "run %lld: outside \"LP Data\": %s\n", static_cast<long long>(totals.runs + 1),
+                     qPrintable(beside.join(QStringLiteral(", "))));
+    }
     totals.questions += on.prompts.questions.size();
     ++totals.runs;
     totals.intervals += length;
@@ -200,7 +292,7 @@ int main(int argc, char* argv[])
         QDir().mkpath(runFolder);
         meter->clearRequestLog(); // the simulator's own record, not the tool's memory
         Run(*meter, runFolder, random, totals);
-        QDir(runFolder).removeRecursively();
+        QDir(runFolder).removeRecursively(); // after the small disk is gone
         if ((run + 1) % 100 == 0)
             std::printf("  %d runs, %.0f s, lost %lld, duplicated %lld, wrong %lld, resident %ld KiB\n", run + 1,
                         clock.elapsed() / 1000.0, static_cast<long long>(totals.lost),
@@ -221,6 +313,11 @@ int main(int argc, char* argv[])
                     static_cast<long long>(totals.injected[std::size_t(k)]),
                     static_cast<long long>(totals.struck[std::size_t(k)]));
     std::printf("  stops without a fault   %lld\n", static_cast<long long>(totals.unexplainedStops));
+    std::printf("  small disks             %lld (stops on a full disk %lld)\n", static_cast<long long>(totals.smallDisks),
+                static_cast<long long>(totals.diskFullStops));
+    std::printf("  links planted           %lld (refused %lld)\n", static_cast<long long>(totals.linksPlanted),
+                static_cast<long long>(totals.linksRefused));
+    std::printf("  files outside touched   %lld\n", static_cast<long long>(totals.outsideTouched));
     std::printf("  continue questions      %lld\n", static_cast<long long>(totals.questions));
     std::printf("  lost intervals          %lld\n", static_cast<long long>(totals.lost));
     std::printf("  duplicated intervals    %lld\n", static_cast<long long>(totals.duplicated));
@@ -229,6 +326,7 @@ int main(int argc, char* argv[])
     std::printf("  runs that never ended   %lld\n", static_cast<long long>(totals.stuckRuns));
     std::printf("  wall time               %.1f s; CPU %.1f s; resident memory %ld KiB at the start, %ld KiB at the end\n",
                 wall, CpuSeconds() - cpu0, rssStart, StatusKiB("VmRSS:"));
-    const bool failed = totals.lost || totals.duplicated || totals.wrong || totals.outOfOrderRuns || totals.stuckRuns;
+    const bool failed = totals.lost || totals.duplicated || totals.wrong || totals.outOfOrderRuns || totals.stuckRuns
+        || totals.outsideTouched || totals.linksRefused != totals.linksPlanted;
     return failed ? 1 : 0;
 }

@@ -29,7 +29,7 @@ Connection::Connection(OperatorPrompts& prompts, QObject* parent)
     Timer1Sec.setInterval(kPollIntervalMs);
     Timer1Sec.setTimerType(Qt::PreciseTimer);
     connect(&link, &RegisterLink::statusText, &status, &StatusLine::Set);
-    connect(&link, &RegisterLink::gaveUp, this, [this] { GoOffLine(RegisterLink::GiveUpText()); });
+    connect(&link, &RegisterLink::gaveUp, this, [this](const QString& reason) { GoOffLine(reason); });
     connect(&port, &Transport::lost, this, [this](const QString& reason) {
         // The waits end first, so that nothing stays blocked behind the message.
         GoOffLine(PortErrorReason(port.Device() + QStringLiteral(": ") + reason));

@@ -63,6 +63,8 @@ void TrafficLog::Count(const FrameEvent& frame)
     case FrameEvent::Outcome::Exception:
         ++c.exceptions;
         break;
+    case FrameEvent::Outcome::WrongReply:
+        break;
     case FrameEvent::Outcome::NoReply:
         ++c.timeOuts;
         break;
@@ -116,6 +118,8 @@ QString TrafficLog::OutcomeText(const FrameEvent& frame)
         return QStringLiteral("exception %1 (%2)").arg(frame.exceptionCode).arg(Rtu::ExceptionName(frame.exceptionCode));
     case FrameEvent::Outcome::NoReply:
         return QStringLiteral("no reply");
+    case FrameEvent::Outcome::WrongReply:
+        return QStringLiteral("reply to another request");
     }
     return QString();
 }

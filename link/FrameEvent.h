@@ -19,6 +19,7 @@ struct FrameEvent {
         AddressError,
         Exception,    // a valid exception reply: `exceptionCode` names the meter's reason
         NoReply,      // the attempt's two seconds ran out; `bytes` holds whatever did arrive
+        WrongReply,   // sound, but not an answer to the request: another function or byte count
     };
 
     LinkClock::Time at{};          // on the link's monotonic clock

@@ -5,6 +5,7 @@
 #include "link/Waits.h"
 #include "link/WatchedFlag.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace {
@@ -14,6 +15,11 @@ constexpr std::chrono::milliseconds kFrameGap{RegisterLink::kFrameGapMs};
 TransactionResult Result(TransactionResult::Kind kind, quint8 exception = 0)
 {
     return {kind, exception};
+}
+
+QString ExceptionStatus(quint8 code)
+{
+    return QStringLiteral("Exception %1 (%2) from the meter").arg(QString::number(code), Rtu::ExceptionName(code));
 }
 
 } // namespace
@@ -26,6 +32,8 @@ QString TransactionResult::Text() const
     case CrcError: return QStringLiteral("CRC error");
     case AddressError: return QStringLiteral("reply from another address");
     case Exception: return QStringLiteral("exception %1 (%2)").arg(exception).arg(Rtu::ExceptionName(exception));
+    case WrongReply: return QStringLiteral("a reply to another request");
+    case BusyLine: return RegisterLink::BusyLineText();
     case Abandoned: return QStringLiteral("the line went away");
     }
     return QString();
@@ -84,14 +92,19 @@ TransactionResult RegisterLink::Transact(const qint16& address, bool isRead)
         emit requestEcho(Rtu::FrameEcho(TxFrame));
 
     TransactionResult result;
+    std::optional<LinkClock::Time> firstUnansweredAt;
     for (int attempt = 1; attempt <= attempts; ++attempt) {
-        // After a spoiled reply its own text ("CRC Error", an exception) stays on show; after
-        // silence the operator learns that the tool is still trying.
-        if (attempt > 1 && m_lastReply == FrameEvent::Outcome::NoReply)
+        // After a spoiled reply its own text ("CRC Error", an exception, the busy line) stays
+        // on show; after silence the operator learns that the tool is still trying.
+        if (attempt > 1 && result.kind == TransactionResult::TimedOut)
             emit statusText(RetryText(attempt, attempts));
         // A good reply ends the transaction, and so does a closed port or going off line.
         result = Attempt(address, isRead, attempt);
+        if (result.kind == TransactionResult::TimedOut && !firstUnansweredAt)
+            firstUnansweredAt = m_sentAt;
         if (!result.gaveUp()) {
+            if (result.good() && firstUnansweredAt)
+                KeepLineForOwedReplies(*firstUnansweredAt);
             bWaiting = kFalse;
             return result;
         }
@@ -99,8 +112,25 @@ TransactionResult RegisterLink::Transact(const qint16& address, bool isRead)
     emit statusText(GiveUpText(attempts));
     bWaiting = kFalse;
     bCommOK = kFalse;
-    emit gaveUp();
+    emit gaveUp(result.kind == TransactionResult::BusyLine ? GiveUpText(attempts) + QStringLiteral(" (") + BusyLineText() + QLatin1Char(')')
+                                                           : GiveUpText(attempts));
     return result;
+}
+
+// The third rule against late replies (the first two are below Attempt). A meter or gateway
+// that answers late answers every attempt, in order: the reply just taken may be the one to an
+// earlier attempt, and the replies still owed come after it. So after a transaction in which
+// an attempt went unanswered, the next request waits until they are in, and drops them.
+// How long: the reply taken came (good − first unanswered send) after that send at the most;
+// a meter as slow on every attempt answers the last one by (last send + the same), and an
+// in-order queue does not push it later, since attempts are a reply time-out (2 s) apart and a
+// reply with its turnaround takes far less. A quarter of the reply time-out (500 ms) is added
+// for a meter whose delay varies. The field case: late by 2.05 s, attempts 2.0 s apart: the
+// reply to the first is taken at 2.08 s, that to the retry comes by 2.0 + 2.08 = 4.08 s, and
+// the next request waits to 4.58 s. A reply lost for good costs the same wait once.
+void RegisterLink::KeepLineForOwedReplies(LinkClock::Time firstUnansweredAt)
+{
+    m_owedUntil = m_sentAt + (m_lastByteAt - firstUnansweredAt) + std::chrono::milliseconds(replyTimeoutMs) / 4;
 }
 
 // Why a reply to an earlier request is not taken for this one's. A meter may answer late,
@@ -125,41 +155,66 @@ TransactionResult RegisterLink::Attempt(const qint16& address, bool isRead, int 
         Rtu::Seal(crc, TxFrame);
     }
     const TransactionResult abandoned = Result(TransactionResult::Abandoned);
-    if (!AwaitSilence() || !StillConnected())
+    const Silence silence = AwaitSilence();
+    if (silence == Silence::Cut || !StillConnected())
         return abandoned;
+    if (silence == Silence::Busy) {
+        emit statusText(BusyLineText());
+        return Result(TransactionResult::BusyLine);
+    }
     // Emptying the input of a port that has just vanished closes it and takes the tool off
     // line there and then: nothing is sent on it.
     m_line.discardInput();
     if (!StillConnected())
         return abandoned;
-    const LinkClock::Time sentAt = m_clock.now();
+    m_sentAt = m_clock.now();
     m_line.send(TxFrame);
-    m_earliestReplyEnd = sentAt + (TxFrame.size() + ExpectedLen) * m_line.characterTime();
-    emit frame({sentAt, FrameEvent::Direction::Request,
+    m_earliestReplyEnd = m_sentAt + (TxFrame.size() + ExpectedLen) * m_line.characterTime();
+    emit frame({m_sentAt, FrameEvent::Direction::Request,
                 attempt == 1 ? FrameEvent::Outcome::Sent : FrameEvent::Outcome::Retry, TxFrame, attempt, 0, {}});
 
-    const Reception reception = AwaitReply(sentAt + std::chrono::milliseconds(replyTimeoutMs));
+    const Reception reception = AwaitReply(m_sentAt + std::chrono::milliseconds(replyTimeoutMs));
     if (reception == Reception::Cut || !StillConnected())
         return abandoned;
     if (reception == Reception::TimedOut) {
         if (const std::optional<quint8> code = NoteException()) {
-            ReportReply(FrameEvent::Outcome::Exception, attempt, sentAt, *code);
+            ReportReply(FrameEvent::Outcome::Exception, attempt, *code);
             return Result(TransactionResult::Exception, *code);
         }
-        ReportReply(FrameEvent::Outcome::NoReply, attempt, sentAt);
+        ReportReply(FrameEvent::Outcome::NoReply, attempt);
         return Result(TransactionResult::TimedOut);
     }
+    return JudgeReply(isRead, attempt);
+}
+
+// A whole reply of the awaited length: from the meter addressed, sound, and an answer to this
+// request (its function, and a read's byte count). An exception padded out to the length with
+// a matching CRC is the meter's refusal all the same, never data.
+TransactionResult RegisterLink::JudgeReply(bool isRead, int attempt)
+{
     if (quint8(m_rx.at(0)) != quint8(ModbusAddress & 0xFF)) {
-        ReportReply(FrameEvent::Outcome::AddressError, attempt, sentAt);
+        ReportReply(FrameEvent::Outcome::AddressError, attempt);
         emit statusText(QStringLiteral("Address Error"));
         return Result(TransactionResult::AddressError);
     }
     if (!Rtu::CrcMatches(crc, m_rx, ExpectedLen)) {
-        ReportReply(FrameEvent::Outcome::CrcError, attempt, sentAt);
+        ReportReply(FrameEvent::Outcome::CrcError, attempt);
         emit statusText(QStringLiteral("CRC Error"));
         return Result(TransactionResult::CrcError);
     }
-    ReportReply(FrameEvent::Outcome::Good, attempt, sentAt);
+    const quint8 function = quint8(TxFrame.at(1));
+    if (quint8(m_rx.at(1)) == (function | 0x80)) {
+        const quint8 code = quint8(m_rx.at(2));
+        ReportReply(FrameEvent::Outcome::Exception, attempt, code);
+        emit statusText(ExceptionStatus(code));
+        return Result(TransactionResult::Exception, code);
+    }
+    if (quint8(m_rx.at(1)) != function || (isRead && quint8(m_rx.at(2)) != ExpectedLen - 5)) {
+        ReportReply(FrameEvent::Outcome::WrongReply, attempt);
+        emit statusText(QStringLiteral("Reply Error"));
+        return Result(TransactionResult::WrongReply);
+    }
+    ReportReply(FrameEvent::Outcome::Good, attempt);
     if (isRead)
         StoreReadData(m_rx);
     return Result(TransactionResult::Good);
@@ -167,14 +222,13 @@ TransactionResult RegisterLink::Attempt(const qint16& address, bool isRead, int 
 
 // The reply of an attempt as judged, with the bytes it was judged on: the whole reply, or
 // what arrived before the time-out.
-void RegisterLink::ReportReply(FrameEvent::Outcome outcome, int attempt, LinkClock::Time sentAt, quint8 code)
+void RegisterLink::ReportReply(FrameEvent::Outcome outcome, int attempt, quint8 code)
 {
-    m_lastReply = outcome;
     const LinkClock::Time now = m_clock.now();
     // A copy of just the bytes: the receive buffer keeps the port's large capacity, which the
     // traffic log would otherwise hold for every reply it keeps.
     const QByteArray bytes(m_rx.constData(), m_rx.size());
-    emit frame({now, FrameEvent::Direction::Reply, outcome, bytes, attempt, code, now - sentAt});
+    emit frame({now, FrameEvent::Direction::Reply, outcome, bytes, attempt, code, now - m_sentAt});
 }
 
 bool RegisterLink::StillConnected() const
@@ -200,17 +254,23 @@ bool RegisterLink::TakeArrivals()
 }
 
 // The silence before a request, to the nanosecond: the request may go as soon as kFrameGapMs
-// have passed since the last byte, not at the next whole millisecond of a counter.
-bool RegisterLink::AwaitSilence()
+// have passed since the last byte (and any replies still owed are in), not at the next whole
+// millisecond of a counter. Another master or an unbiased, noisy pair may never leave the line
+// quiet that long: after a reply time-out of waiting the attempt fails as a busy line.
+RegisterLink::Silence RegisterLink::AwaitSilence()
 {
+    const LinkClock::Time busyAt = std::max(m_clock.now(), m_owedUntil) + std::chrono::milliseconds(replyTimeoutMs);
     for (;;) {
         TakeArrivals();
         m_rx.clear();
-        const LinkClock::Time quiet = m_lastByteAt + kFrameGap;
-        if (m_clock.now() >= quiet)
-            return true;
-        if (!Wait(quiet))
-            return false;
+        const LinkClock::Time quiet = std::max(m_lastByteAt + kFrameGap, m_owedUntil);
+        const LinkClock::Time now = m_clock.now();
+        if (now >= quiet)
+            return Silence::Kept;
+        if (now >= busyAt)
+            return Silence::Busy;
+        if (!Wait(std::min(quiet, busyAt)))
+            return Silence::Cut;
     }
 }
 
@@ -256,7 +316,7 @@ std::optional<quint8> RegisterLink::NoteException()
     const std::optional<quint8> code =
         Rtu::ExceptionCode(crc, m_rx, quint8(ModbusAddress & 0xFF), quint8(TxFrame.at(1)));
     if (code)
-        emit statusText(QStringLiteral("Exception %1 (%2) from the meter").arg(QString::number(*code), Rtu::ExceptionName(*code)));
+        emit statusText(ExceptionStatus(*code));
     return code;
 }
 

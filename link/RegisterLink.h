@@ -25,6 +25,8 @@ struct TransactionResult {
         CrcError,     // a reply whose CRC did not match
         AddressError, // a reply from another address
         Exception,    // the meter answered with an exception, code in `exception`
+        WrongReply,   // a whole, sound frame that does not answer the request (function, byte count)
+        BusyLine,     // the line never fell silent long enough for the request to go out
         Abandoned,    // the port closed or the tool went off line before a good reply came
     };
     Kind kind = Good;
@@ -51,13 +53,19 @@ struct TransactionResult {
 // An exception reply (5 bytes) never makes the awaited length, so its attempt runs out its
 // two seconds and fails like an unanswered one, and the transaction retries and gives up as
 // for silence. The link only names it: the result keeps its code and the status line shows
-// "Exception 2 (Illegal Data Address) from the meter".
+// "Exception 2 (Illegal Data Address) from the meter". One padded to the awaited length fails
+// its attempt at once, named the same way.
 class RegisterLink : public QObject {
     Q_OBJECT
 public:
     static constexpr int kAttempts = 5;
     // The status text of a transaction that gave up; also the reason the tool went off line.
     static QString GiveUpText(int attempts = kAttempts) { return QStringLiteral("Communication Error! Retry %1 times!").arg(attempts); }
+    // The status text of an attempt that found no silence to send its request in.
+    static QString BusyLineText()
+    {
+        return QStringLiteral("the line is busy: bytes arrive without pause; another master or noise on the line?");
+    }
     // The status text while attempt `attempt` runs after an unanswered one: the tool is not frozen.
     static QString RetryText(int attempt, int attempts = kAttempts)
     {
@@ -110,24 +118,28 @@ signals:
     void statusText(const QString& text);
     // The request echo, sent once per transaction while bShowFrames is set.
     void requestEcho(const QString& text);
-    // Five attempts failed: the tool must go off line.
-    void gaveUp();
+    // Five attempts failed: the tool must go off line, for `reason` (the give-up text, with
+    // the busy line named when that was why).
+    void gaveUp(const QString& reason);
     // Each request sent and each attempt's reply or time-out, for the traffic monitor.
     void frame(const FrameEvent& event);
 
 private:
     enum class Reception { Complete, TimedOut, Cut };
+    enum class Silence { Kept, Busy, Cut };
 
     TransactionResult Transact(const qint16& address, bool isRead);
     TransactionResult Attempt(const qint16& address, bool isRead, int attempt);
-    void ReportReply(FrameEvent::Outcome outcome, int attempt, LinkClock::Time sentAt, quint8 exception = 0);
+    void ReportReply(FrameEvent::Outcome outcome, int attempt, quint8 exception = 0);
     bool StillConnected() const;
     bool Wait(LinkClock::Time deadline);
     bool TakeArrivals();
-    bool AwaitSilence();
+    Silence AwaitSilence();
     Reception AwaitReply(LinkClock::Time deadline);
     bool ReplyComplete();
+    TransactionResult JudgeReply(bool isRead, int attempt);
     std::optional<quint8> NoteException();
+    void KeepLineForOwedReplies(LinkClock::Time firstUnansweredAt);
     void StoreReadData(const QByteArray& reply);
 
     Transport& m_line;
@@ -136,5 +148,6 @@ private:
     QByteArray m_rx;                      // bytes received since the request went out
     LinkClock::Time m_lastByteAt{};       // when the last byte was received, to the nanosecond
     LinkClock::Time m_earliestReplyEnd{}; // the soonest a reply to the request can be whole
-    FrameEvent::Outcome m_lastReply = FrameEvent::Outcome::Good; // of the latest attempt
+    LinkClock::Time m_sentAt{};           // when the latest request went out
+    LinkClock::Time m_owedUntil{};        // replies to earlier attempts may come until then
 };

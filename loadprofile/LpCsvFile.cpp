@@ -1,13 +1,16 @@
 #include "loadprofile/LpCsvFile.h"
 
+#include "loadprofile/PlainFile.h"
 #include "measure/FixedFormat.h"
 #include "measure/FloatDecoding.h"
 
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
 #include <QLocale>
 #include <QStringList>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace LpCsvFile {
 namespace {
@@ -37,9 +40,10 @@ const QStringList kReservedNames{
 
 constexpr QChar kSafe = u'_';
 
+// Latin-1 has a second block of control characters, 0x80 to 0x9F.
 bool Unsafe(QChar c)
 {
-    return c.unicode() < 0x20 || c.unicode() == 0x7F || QStringLiteral("/\\:*?\"<>|").contains(c);
+    return c.unicode() < 0x20 || (c.unicode() >= 0x7F && c.unicode() <= 0x9F) || QStringLiteral("/\\:*?\"<>|").contains(c);
 }
 
 std::optional<QString> UsableFolder(const QString& parent)
@@ -47,6 +51,10 @@ std::optional<QString> UsableFolder(const QString& parent)
     if (parent.isEmpty())
         return std::nullopt;
     const QString path = QDir(parent).filePath(kFolderName);
+    // A folder planted under the name, as a link or by another user, is not the download's.
+    const QFileInfo info(path);
+    if (info.isSymLink() || (info.exists() && info.ownerId() != ::geteuid()))
+        return std::nullopt;
     if (!QDir().mkpath(path) || !QFileInfo(path).isWritable())
         return std::nullopt;
     return path;
@@ -118,6 +126,30 @@ QByteArray ColumnLine(const QList<int>& channelCodes)
     return columns.join(u',').toUtf8() + kLineEnd;
 }
 
+QDateTime RecordTime(const QByteArray& records, int index, int channels)
+{
+    const qsizetype at = index * (kRecordHeader + 4 * qsizetype(channels));
+    const auto byte = [&records, at](int i) { return int(quint8(records.at(at + i))); };
+    return QDateTime(QDate(2000 + byte(0), byte(1), byte(2)), QTime(byte(3), byte(4), byte(5)), Qt::UTC);
+}
+
+std::optional<QDateTime> RowTime(const QByteArray& row)
+{
+    const QList<QByteArray> fields = row.split(',');
+    if (fields.size() < 2)
+        return std::nullopt;
+    const QDate date = QDate::fromString(QString::fromLatin1(fields[0]), QStringLiteral("yyyy/M/d"));
+    const QTime time = QTime::fromString(QString::fromLatin1(fields[1]), QStringLiteral("H:m:s"));
+    if (!date.isValid() || !time.isValid())
+        return std::nullopt;
+    return QDateTime(date, time, Qt::UTC);
+}
+
+QString TimeText(const QDateTime& time)
+{
+    return time.toString(QStringLiteral("yyyy/MM/dd HH:mm:ss"));
+}
+
 QByteArray Rows(const QByteArray& records, int count, int channels)
 {
     const qsizetype length = kRecordHeader + 4 * qsizetype(channels);
@@ -137,15 +169,15 @@ QByteArray Rows(const QByteArray& records, int count, int channels)
 
 std::optional<QString> Append(const QString& path, const QByteArray& text)
 {
-    QFile file(path);
-    // Unbuffered: what write() reports is on the disk, and nothing is left to fail on close.
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Unbuffered))
-        return QStringLiteral("Cannot open %1: %2").arg(QDir::toNativeSeparators(path), file.errorString());
-    const qint64 before = file.size();
-    if (file.write(text) == text.size())
+    PlainFile file(path);
+    if (!file.Open(O_WRONLY | O_APPEND | O_CREAT))
+        return QStringLiteral("Cannot open %1: %2").arg(QDir::toNativeSeparators(path), file.Reason());
+    const qint64 before = file.Size();
+    // Synced before the caller moves on: after a power cut the file holds what the record claims.
+    if (file.Append(text) && file.Sync() && file.Close())
         return std::nullopt;
-    const QString error = QStringLiteral("Cannot write %1: %2").arg(QDir::toNativeSeparators(path), file.errorString());
-    file.resize(before);
+    const QString error = QStringLiteral("Cannot write %1: %2").arg(QDir::toNativeSeparators(path), file.Reason());
+    file.Truncate(before);
     return error;
 }
 

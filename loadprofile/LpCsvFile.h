@@ -38,10 +38,18 @@ QString ChannelName(int code);
 // stamp of six bytes (year - 2000, month, day, hour, minute, second), then one float per
 // channel. year/month/day,hour:minute:second without leading zeros, four decimals a value.
 QByteArray Rows(const QByteArray& records, int count, int channels);
+// The time stamp of record `index` of such records, and of a row of the file (nothing when the
+// line is no row), both as UTC: the meter's wall clock, compared and counted without the PC's
+// time zone.
+QDateTime RecordTime(const QByteArray& records, int index, int channels);
+std::optional<QDateTime> RowTime(const QByteArray& row);
+// A time stamp as messages show it: 2026/11/21 13:05:00.
+QString TimeText(const QDateTime& time);
 
-// Appends `text` to the file at `path`, creating it, and releases it. A write that fails is
-// undone: the file is cut back to its length before, so that no partial row stays to be
-// written again. The error names the file and the reason.
+// Appends `text` to the file at `path`, creating it, waits until it is on the disk and releases
+// the file. A link, another user's file or anything but a plain file is refused. A write that
+// fails is undone: the file is cut back to its length before, so that no partial row stays to
+// be written again. The error names the file and the reason.
 std::optional<QString> Append(const QString& path, const QByteArray& text);
 
 } // namespace LpCsvFile

@@ -78,6 +78,7 @@ LpStart LpDownload::Start(int group, qint32 first, qint32 last)
         return LpStart::FileError;
     m_group = group;
     m_channels = channels;
+    m_firstRowAt.reset();
     emit faceChanged(Face::Reading, QStringLiteral("Reading"));
     LpCurrentIndex = first - 1;
     LpStopIndex = last - 1;
@@ -103,6 +104,11 @@ void LpDownload::Stop()
 qint32 LpDownload::ValidIntervals(int group) const
 {
     return m_poll.Reading().loadProfile[std::size_t(group)].validIntervals;
+}
+
+int LpDownload::IntervalMinutes() const
+{
+    return m_poll.Reading().loadProfile[std::size_t(m_group)].intervalMinutes;
 }
 
 void LpDownload::SetStatus(const QString& text)
@@ -184,6 +190,15 @@ void LpDownload::ReadLpBlockAndSave()
         bLpCommFailed = kTrue;
         return;
     }
+    if (const auto jump = Jump(link.RxData)) {
+        bLpDownloadActive = kFalse;
+        GiveTheLineBack();
+        SetStatus(*jump);
+        emit faceChanged(Face::Normal, kReadAndSave);
+        emit finished(LpEnd::Jumped, *jump);
+        return;
+    }
+    m_firstRowAt.reset();
     // The index moves on only once the rows are in the file.
     if (const auto error = LpCsvFile::Append(LpFilePath, LpCsvFile::Rows(link.RxData, records, m_channels))) {
         Interrupt(LpEnd::FileError, *error);
@@ -195,6 +210,17 @@ void LpDownload::ReadLpBlockAndSave()
         SetStatus(QStringLiteral("Current number of download interval : %1").arg(LpCurrentIndex));
     else
         Finish();
+}
+
+std::optional<QString> LpDownload::Jump(const QByteArray& records) const
+{
+    const QDateTime first = LpCsvFile::RecordTime(records, 0, m_channels);
+    if (!m_firstRowAt || first == *m_firstRowAt)
+        return std::nullopt;
+    return QStringLiteral("Interval %1 of the meter is stamped %2, where the row after the file's last one would be stamped %3: the "
+                          "meter's intervals were numbered anew since (its memory rolled over, or was cleared and "
+                          "filled again), and its rows would not follow the file's. Nothing was appended.")
+        .arg(LpCurrentIndex + 1).arg(LpCsvFile::TimeText(first), LpCsvFile::TimeText(*m_firstRowAt));
 }
 
 // The interval at LpCurrentIndex is the next to read, the one at LpStopIndex the last: one is
@@ -233,8 +259,10 @@ void LpDownload::StopForOffLine()
     emit finished(LpEnd::Interrupted, QString());
 }
 
-void LpDownload::RestoreInterrupted(int group, int channels, const QString& filePath, qint32 currentIndex, qint32 stopIndex)
+void LpDownload::RestoreInterrupted(int group, int channels, const QString& filePath, qint32 currentIndex, qint32 stopIndex,
+                                     const std::optional<QDateTime>& firstRowAt)
 {
+    m_firstRowAt = firstRowAt;
     m_group = group;
     m_channels = channels;
     LpFilePath = filePath;

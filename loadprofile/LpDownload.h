@@ -3,10 +3,13 @@
 #include "link/Bool16.h"
 
 #include <QByteArray>
+#include <QDateTime>
 #include <QList>
 #include <QObject>
 #include <QString>
 #include <QTimer>
+
+#include <optional>
 
 class Clock;
 class Connection;
@@ -34,6 +37,7 @@ enum class LpEnd {
     Interrupted, // off line, or the meter stopped answering: it can be continued
     FileError,   // the file could not take the rows: it can be continued once it can
     Stopped,     // the operator stopped it between steps: it can be continued
+    Jumped,      // the meter's next interval does not follow the file's last row: nothing appended
 };
 
 // The download of a range of recorded intervals of one load-profile group into the day's CSV
@@ -64,14 +68,19 @@ public:
     bool Running() const { return Timer_RS_Lpf.isActive(); }
     // The number of valid intervals the latest reading reports for `group`.
     qint32 ValidIntervals(int group) const;
+    // The recording interval in minutes the latest reading reports for the group downloaded
+    // last; 0 when unknown.
+    int IntervalMinutes() const;
 
     // The tool went off line: stops the download timer. A download that was running and still
     // has intervals to read shows that it can be continued.
     void StopForOffLine();
     // A download interrupted in an earlier run of the program, as a record of it kept: the next
     // Start offers to continue it into `filePath` from `currentIndex` to `stopIndex`,
-    // reading records of `channels` channels of `group` (0 or 1).
-    void RestoreInterrupted(int group, int channels, const QString& filePath, qint32 currentIndex, qint32 stopIndex);
+    // reading records of `channels` channels of `group` (0 or 1). When `firstRowAt` is known,
+    // the first record read must carry that time stamp, or the download ends Jumped.
+    void RestoreInterrupted(int group, int channels, const QString& filePath, qint32 currentIndex, qint32 stopIndex,
+                            const std::optional<QDateTime>& firstRowAt);
 
     // Where "LP Data" is made: beside the program, else in the documents folder.
     QString programFolder;
@@ -99,6 +108,7 @@ private:
     void TakeTheLine();
     void GiveTheLineBack();
     bool Remaining() const;
+    std::optional<QString> Jump(const QByteArray& records) const;
     void Finish();
     void Interrupt(LpEnd end, const QString& why);
     void SetStatus(const QString& text);
@@ -109,4 +119,5 @@ private:
     const Clock& m_clock;
     int m_group = 0;    // the group being downloaded, fixed at its start
     int m_channels = 0; // its channel count then: the length of its records
+    std::optional<QDateTime> m_firstRowAt; // what the next record must be stamped, when known
 };

@@ -2,6 +2,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QHash>
 #include <QStringList>
 
@@ -19,32 +20,80 @@ const QByteArray kDateLine = QByteArrayLiteral("Date :");
 const QByteArray kColumnLine = QByteArrayLiteral("Date,Time,");
 const QString kTotalMark = QStringLiteral("(total)");
 constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
+constexpr qint64 kQuotedLength = 40;
+constexpr qint64 kEpochJulianDay = 2440588;
 
-// A time stamp as the download writes it, "2026/11/21,13:5:0". Kept as wall-clock time in UTC,
-// so that spacing is counted without the PC's daylight-saving steps.
-std::optional<QDateTime> ParseTime(const QByteArray& date, const QByteArray& time)
+// A time stamp as the download writes it, "2026/11/21,13:5:0". `seconds` counts the wall-clock
+// time as if it were UTC, so that spacing is counted without the PC's daylight-saving steps.
+struct RowTime {
+    QDate day;
+    QTime clock;
+    qint64 seconds = 0;
+};
+
+// Three unsigned decimal numbers joined by `separator`, as the download writes them.
+bool ThreeNumbers(const QByteArray& text, char separator, int (&numbers)[3])
 {
-    const QList<QByteArray> parts = date.split('/') + time.split(':');
-    if (parts.size() != 6)
-        return std::nullopt;
-    int numbers[6];
-    for (int i = 0; i < 6; ++i) {
-        bool ok = false;
-        numbers[i] = parts[i].toInt(&ok);
-        if (!ok)
-            return std::nullopt;
+    int part = 0;
+    int digits = 0;
+    numbers[0] = 0;
+    for (const char c : text) {
+        if (c == separator && digits > 0 && part < 2) {
+            numbers[++part] = 0;
+            digits = 0;
+        } else if (c >= '0' && c <= '9' && digits < 6) {
+            numbers[part] = numbers[part] * 10 + (c - '0');
+            ++digits;
+        } else {
+            return false;
+        }
     }
-    const QDate day(numbers[0], numbers[1], numbers[2]);
-    const QTime clock(numbers[3], numbers[4], numbers[5]);
-    if (!day.isValid() || !clock.isValid())
+    return part == 2 && digits > 0;
+}
+
+std::optional<RowTime> ParseTime(const QByteArray& date, const QByteArray& time)
+{
+    int ymd[3];
+    int hms[3];
+    if (!ThreeNumbers(date, '/', ymd) || !ThreeNumbers(time, ':', hms))
         return std::nullopt;
-    return QDateTime(day, clock, Qt::UTC);
+    RowTime row{QDate(ymd[0], ymd[1], ymd[2]), QTime(hms[0], hms[1], hms[2])};
+    if (!row.day.isValid() || !row.clock.isValid())
+        return std::nullopt;
+    row.seconds = (row.day.toJulianDay() - kEpochJulianDay) * 86400 + row.clock.msecsSinceStartOfDay() / 1000;
+    return row;
 }
 
 QString Shown(const QDateTime& wallClock)
 {
     return wallClock.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
 }
+
+// The start of a text from the file in quotes, control characters written as \xNN, so that a
+// finding shows what the line holds and no byte of it acts on a terminal.
+QString Quoted(const QByteArray& text)
+{
+    QString shown;
+    for (const QChar c : QString::fromUtf8(text.left(kQuotedLength))) {
+        if (c.category() == QChar::Other_Control)
+            shown += QStringLiteral("\\x%1").arg(c.unicode(), 2, 16, QLatin1Char('0'));
+        else
+            shown += c;
+    }
+    return u'"' + shown + (text.size() > kQuotedLength ? QStringLiteral("…\"") : QStringLiteral("\""));
+}
+
+QString Columns(qsizetype count)
+{
+    return count == 1 ? QStringLiteral("1 column") : QStringLiteral("%1 columns").arg(count);
+}
+
+QString Overlong()
+{
+    return QStringLiteral("a line longer than %1 characters").arg(kMaxLineLength);
+}
+
+} // namespace
 
 // Collects a file's lines into a report.
 class Reader {
@@ -58,8 +107,9 @@ public:
 private:
     void StartBlock(const QByteArray& text);
     void TakeRow(qint64 line, const QList<QByteArray>& fields);
+    bool ReadValues(qint64 line, const QList<QByteArray>& fields);
     void CheckTotal(qint64 line, int column, double value);
-    void Plot(const QDateTime& time, int column, double value);
+    void Plot(const RowTime& time, int column, double value);
     void FindGapsAndDuplicates();
     void InferInterval(const std::map<qint64, qint64>& spacings);
     static void Note(QList<Finding>& list, qint64& count, qint64 line, const QString& what);
@@ -69,6 +119,7 @@ private:
     QStringList m_columns;
     QList<int> m_channelOf;           // column → channel
     QList<double> m_previousTotal;    // column → last total of the block, or kNone
+    QList<double> m_values;           // the values of the row being read
     std::vector<std::pair<qint64, qint64>> m_times; // (seconds, line) of every row
     QHash<QString, int> m_channelIndex;
 };
@@ -84,12 +135,14 @@ void Reader::Take(qint64 line, QByteArray text)
 {
     while (text.endsWith('\n') || text.endsWith('\r'))
         text.chop(1);
+    if (text.size() > kMaxLineLength)
+        return Refuse(line, Overlong());
     if (text.trimmed().isEmpty() || text.startsWith(kDateLine))
         return;
     if (text.startsWith(kColumnLine))
         return StartBlock(text);
     if (!m_headerSeen)
-        return Refuse(line, QStringLiteral("a line before any column header"));
+        return Refuse(line, QStringLiteral("a line before any column header: %1").arg(Quoted(text)));
     TakeRow(line, text.split(','));
 }
 
@@ -110,31 +163,52 @@ void Reader::StartBlock(const QByteArray& text)
     m_previousTotal = QList<double>(m_columns.size(), kNone);
 }
 
+// A row is an interval read only when its time stamp and all its values can be read; else it
+// is one line skipped, however many of its fields are wrong.
 void Reader::TakeRow(qint64 line, const QList<QByteArray>& fields)
 {
     if (fields.size() != m_columns.size() + 2)
-        return Refuse(line, QStringLiteral("%1 values where the header names %2 channels")
-                                .arg(fields.size() - 2).arg(m_columns.size()));
+        return Refuse(line, QStringLiteral("%1 where the header has %2: %3")
+                                .arg(Columns(fields.size()), Columns(m_columns.size() + 2), Quoted(fields.join(','))));
     const auto time = ParseTime(fields[0], fields[1]);
     if (!time)
-        return Refuse(line, QStringLiteral("no valid date and time: \"%1,%2\"")
-                                .arg(QString::fromUtf8(fields[0].left(40)), QString::fromUtf8(fields[1].left(40))));
+        return Refuse(line, QStringLiteral("no valid date and time: %1").arg(Quoted(fields[0] + ',' + fields[1])));
+    if (!ReadValues(line, fields))
+        return;
     ++m_report.intervals;
-    m_times.emplace_back(time->toSecsSinceEpoch(), line);
+    m_times.emplace_back(time->seconds, line);
     for (int column = 0; column < m_columns.size(); ++column) {
-        const QByteArray& field = fields[column + 2];
-        bool ok = false;
-        const double value = field.trimmed().toDouble(&ok);
-        if (!ok) {
-            Refuse(line, QStringLiteral("%1 is not a number: \"%2\"").arg(m_columns[column], QString::fromUtf8(field.left(40))));
-        } else if (!std::isfinite(value)) {
+        const double value = m_values[column];
+        if (!std::isfinite(value)) {
             Note(m_report.implausible, m_report.implausibleCount, line,
-                 QStringLiteral("%1 is %2").arg(m_columns[column], QString::fromUtf8(field.trimmed())));
+                 QStringLiteral("%1 is %2").arg(m_columns[column], QString::fromUtf8(fields[column + 2].trimmed())));
         } else {
             CheckTotal(line, column, value);
             Plot(*time, column, value);
         }
     }
+}
+
+// Reads the row's values into m_values; a row with a value that is not a number is refused,
+// naming the first such value and how many more there are.
+bool Reader::ReadValues(qint64 line, const QList<QByteArray>& fields)
+{
+    m_values.resize(m_columns.size());
+    int firstBad = -1;
+    int bad = 0;
+    for (int column = 0; column < m_columns.size(); ++column) {
+        bool ok = false;
+        m_values[column] = fields[column + 2].trimmed().toDouble(&ok);
+        if (!ok && bad++ == 0)
+            firstBad = column;
+    }
+    if (bad == 0)
+        return true;
+    QString what = QStringLiteral("%1 is not a number: %2").arg(m_columns[firstBad], Quoted(fields[firstBad + 2]));
+    if (bad > 1)
+        what += QStringLiteral(", and %1 more").arg(bad - 1);
+    Refuse(line, what);
+    return false;
 }
 
 // An energy total only ever grows, and never from below zero.
@@ -152,13 +226,13 @@ void Reader::CheckTotal(qint64 line, int column, double value)
     m_previousTotal[column] = value;
 }
 
-void Reader::Plot(const QDateTime& time, int column, double value)
+void Reader::Plot(const RowTime& time, int column, double value)
 {
     if (m_report.intervals > kPlottedRows) {
         m_report.plotTruncated = true;
         return;
     }
-    const QDateTime local(time.date(), time.time());
+    const QDateTime local(time.day, time.clock);
     m_report.channels[m_channelOf[column]].points.append(QPointF(double(local.toMSecsSinceEpoch()), value));
 }
 
@@ -217,6 +291,8 @@ void Reader::InferInterval(const std::map<qint64, qint64>& spacings)
     m_report.intervalInferred = true;
 }
 
+namespace {
+
 QString Duration(qint64 seconds)
 {
     if (seconds % 60 != 0)
@@ -231,36 +307,75 @@ QString More(qsizetype listed, qint64 count)
 
 } // namespace
 
+Scan::Scan(QIODevice& device, qint64 intervalSeconds)
+    : m_device(device), m_reader(std::make_unique<Reader>(intervalSeconds))
+{
+}
+
+Scan::~Scan() = default;
+
+bool Scan::Next(qint64 bytes)
+{
+    for (qint64 read = 0; read < bytes;) {
+        if (m_device.atEnd())
+            return false;
+        // The longest line taken whole, its "\r\n" included.
+        const QByteArray text = m_device.readLine(kMaxLineLength + 3);
+        if (text.isEmpty()) {
+            m_error = QStringLiteral("Reading stopped at line %1: %2").arg(m_line).arg(m_device.errorString());
+            return false;
+        }
+        read += text.size();
+        TakeLine(text);
+    }
+    return !m_device.atEnd();
+}
+
+void Scan::TakeLine(const QByteArray& text)
+{
+    const bool ends = text.endsWith('\n') || m_device.atEnd();
+    if (m_overlong) {
+        m_overlong = !ends;
+        m_line += ends ? 1 : 0;
+    } else if (!ends) {
+        m_reader->Refuse(m_line, Overlong());
+        m_overlong = true;
+    } else {
+        m_reader->Take(m_line++, text);
+    }
+}
+
+Report Scan::Finish()
+{
+    Report report = m_reader->Finish();
+    report.error = m_error;
+    return report;
+}
+
 Report Read(QIODevice& device, qint64 intervalSeconds)
 {
-    Reader reader(intervalSeconds);
-    for (qint64 line = 1; !device.atEnd(); ++line) {
-        const QByteArray text = device.readLine(kMaxLineLength);
-        if (text.isEmpty() && !device.atEnd()) {
-            Report report = reader.Finish();
-            report.error = QStringLiteral("Reading stopped at line %1: %2").arg(line).arg(device.errorString());
-            return report;
-        }
-        if (text.endsWith('\n') || device.atEnd()) {
-            reader.Take(line, text);
-            continue;
-        }
-        // The rest of an overlong line is skipped without being held.
-        while (!device.atEnd() && !device.readLine(kMaxLineLength).endsWith('\n')) {
-        }
-        reader.Refuse(line, QStringLiteral("a line longer than %1 characters").arg(kMaxLineLength));
+    Scan scan(device, intervalSeconds);
+    while (scan.Next(std::numeric_limits<qint64>::max())) {
     }
-    return reader.Finish();
+    return scan.Finish();
+}
+
+std::optional<Report> Open(QFile& file)
+{
+    const bool plain = QFileInfo(file.fileName()).isFile();
+    if (plain && file.open(QIODevice::ReadOnly))
+        return std::nullopt;
+    Report report;
+    report.error = QStringLiteral("Cannot open %1: %2").arg(QDir::toNativeSeparators(file.fileName()),
+        plain ? file.errorString() : QStringLiteral("not a plain file"));
+    return report;
 }
 
 Report ReadFile(const QString& path, qint64 intervalSeconds)
 {
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
-        Report report;
-        report.error = QStringLiteral("Cannot open %1: %2").arg(QDir::toNativeSeparators(path), file.errorString());
-        return report;
-    }
+    if (auto refused = Open(file))
+        return *refused;
     return Read(file, intervalSeconds);
 }
 

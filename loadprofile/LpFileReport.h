@@ -5,6 +5,10 @@
 #include <QPointF>
 #include <QString>
 
+#include <memory>
+#include <optional>
+
+class QFile;
 class QIODevice;
 
 // What a load-profile CSV file written by the download holds, and what is wrong with it: the
@@ -65,12 +69,41 @@ struct Report {
 
 constexpr int kListed = 50;
 constexpr qint64 kPlottedRows = 200000;
-// Longer lines are no line the download writes (14 channels take under 200 characters).
+// Characters of a line without its line end. Longer lines are no line the download writes
+// (14 channels take under 200 characters).
 constexpr qint64 kMaxLineLength = 64 * 1024;
 
-// `intervalSeconds` 0 infers the interval from the rows.
+class Reader;
+
+// Reads a device into a report a slice at a time, so that the window's thread can serve the
+// line between slices. `intervalSeconds` 0 infers the interval from the rows.
+class Scan {
+public:
+    Scan(QIODevice& device, qint64 intervalSeconds);
+    ~Scan();
+    Scan(const Scan&) = delete;
+    Scan& operator=(const Scan&) = delete;
+
+    // Reads whole lines until about `bytes` more bytes are read. False once the device is read
+    // to its end or cannot be read further.
+    bool Next(qint64 bytes);
+    Report Finish();
+
+private:
+    void TakeLine(const QByteArray& text);
+
+    QIODevice& m_device;
+    std::unique_ptr<Reader> m_reader;
+    qint64 m_line = 1;
+    bool m_overlong = false; // the rest of an overlong line is being skipped, not held
+    QString m_error;
+};
+
 Report Read(QIODevice& device, qint64 intervalSeconds = 0);
 Report ReadFile(const QString& path, qint64 intervalSeconds = 0);
+// Opens `file` for reading; when it cannot be, a report naming it and the reason. Only a plain
+// file is read: a pipe or a device could block the window or never end.
+std::optional<Report> Open(QFile& file);
 
 // The report as lines of text, for the window and a command line.
 QString Text(const Report& report);

@@ -30,9 +30,14 @@ struct LpProgressRecord {
     static QString FileName(const QByteArray& identification, int group);
 
     // Writes the record to `path` so that it is either the old one or the new one, never a
-    // part. The error names the file and the reason.
+    // part, and is on the disk when this returns. A link or another user's file at `path` is
+    // refused. The error names the file and the reason.
     std::optional<QString> Save(const QString& path) const;
-    // The record at `path`; nothing, with the reason in `error`, when it is missing or is not
-    // one this program wrote.
+    // The record at `path`; nothing, with the reason in `error`, when it is missing, a link,
+    // or is not one this program wrote (its file must be named in its own folder).
     static std::optional<LpProgressRecord> Load(const QString& path, QString* error);
+
+private:
+    // The record as its file holds it.
+    QByteArray Json() const;
 };

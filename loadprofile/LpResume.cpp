@@ -1,10 +1,15 @@
 #include "loadprofile/LpResume.h"
 
+#include "loadprofile/LpCsvFile.h"
 #include "loadprofile/LpDownload.h"
+#include "loadprofile/PlainFile.h"
 
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
+
+#include <algorithm>
+
+#include <fcntl.h>
 
 namespace {
 
@@ -28,19 +33,21 @@ bool RowsOfAStep(const QByteArray& tail)
 
 std::optional<QString> MatchRecordedLength(const QString& path, qint64 size)
 {
-    if (!QFileInfo(path).isFile())
-        return QStringLiteral("the file of the interrupted download, %1, is gone").arg(QDir::toNativeSeparators(path));
-    QFile file(path);
-    if (!file.open(QIODevice::ReadWrite))
-        return QStringLiteral("cannot open %1: %2").arg(QDir::toNativeSeparators(path), file.errorString());
-    if (file.size() == size)
+    const QString shown = QDir::toNativeSeparators(path);
+    if (!QFileInfo::exists(path) && !QFileInfo(path).isSymLink())
+        return QStringLiteral("the file of the interrupted download, %1, is gone").arg(shown);
+    PlainFile file(path);
+    if (!file.Open(O_RDWR))
+        return QStringLiteral("cannot open %1: %2").arg(shown, file.Reason());
+    const qint64 length = file.Size();
+    if (length == size)
         return std::nullopt;
-    if (file.size() > size && file.size() - size <= kMaxStepBytes && file.seek(size) && RowsOfAStep(file.readAll())
-        && file.resize(size))
+    if (length > size && length - size <= kMaxStepBytes && RowsOfAStep(file.Read(size, length - size))
+        && file.Truncate(size) && file.Sync())
         return std::nullopt;
     return QStringLiteral("%1 is %2 bytes long where the interrupted download left %3: it was changed since, and "
                           "rows appended now would not follow the ones before")
-        .arg(QDir::toNativeSeparators(path)).arg(file.size()).arg(size);
+        .arg(shown).arg(length).arg(size);
 }
 
 } // namespace
@@ -60,4 +67,16 @@ std::optional<QString> PrepareLpResume(const LpProgressRecord& record, const QSt
             .arg(group.validIntervals).arg(record.group).arg(record.last);
     }
     return MatchRecordedLength(QDir(folder).filePath(record.file), record.size);
+}
+
+std::optional<QDateTime> LpNextRowTime(const LpProgressRecord& record, const QString& folder, int intervalMinutes)
+{
+    PlainFile file(QDir(folder).filePath(record.file));
+    if (record.next == record.first || intervalMinutes < 1 || !file.Open(O_RDONLY))
+        return std::nullopt;
+    const qint64 from = std::max<qint64>(0, record.size - kMaxStepBytes);
+    QList<QByteArray> lines = file.Read(from, record.size - from).split('\n');
+    lines.removeLast(); // after the last line end
+    const std::optional<QDateTime> last = lines.isEmpty() ? std::nullopt : LpCsvFile::RowTime(lines.last());
+    return last ? std::optional(last->addSecs(60 * qint64(intervalMinutes))) : std::nullopt;
 }

@@ -3,6 +3,7 @@
 #include "loadprofile/LpProgressRecord.h"
 #include "measure/MeterReading.h"
 
+#include <QDateTime>
 #include <QString>
 
 #include <optional>
@@ -16,3 +17,9 @@
 // not, as a clause without a full stop.
 std::optional<QString> PrepareLpResume(const LpProgressRecord& record, const QString& folder,
                                        const MeterReading::LoadProfileGroup& group);
+
+// The time stamp the first interval appended by the continued download must carry: the last
+// row the file holds up to the record's size, plus the group's interval. A meter whose interval
+// numbers moved meanwhile (its memory full and rolling, or cleared and filled again) would
+// otherwise continue the file with a jump. Nothing when the download appended no row yet.
+std::optional<QDateTime> LpNextRowTime(const LpProgressRecord& record, const QString& folder, int intervalMinutes);

@@ -43,6 +43,14 @@ struct MeterSharedState {
     // turnaround alone.
     std::atomic<bool> pacing{true};
     std::atomic<int> turnaroundMs{3};
+    // A slow meter, or a gateway queueing requests: one request in `slowEvery` (0: none) is
+    // answered `slowMs` late, and the requests that come meanwhile are all answered, in order,
+    // each a turnaround after the reply before.
+    std::atomic<int> slowEvery{0};
+    std::atomic<int> slowMs{2050};
+    // Line noise, see LineNoise; a burst of 0 ms: none.
+    std::atomic<int> noiseBurstMs{0};
+    std::atomic<int> noiseQuietMs{0};
 };
 
 } // namespace sim

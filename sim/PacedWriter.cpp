@@ -4,19 +4,16 @@
 #include <unistd.h>
 
 namespace sim {
-namespace {
 
 // A line that nobody reads fills up; like bytes sent down a cable with no far end, what
 // does not fit is lost. A network client that has left takes the rest with it, and must not
 // end the process with SIGPIPE.
-void putOnLine(int fd, bool socket, const QByteArray& bytes)
+void PutOnLine(int fd, bool socket, const QByteArray& bytes)
 {
     [[maybe_unused]] const ssize_t taken = socket
         ? ::send(fd, bytes.constData(), size_t(bytes.size()), MSG_NOSIGNAL)
         : ::write(fd, bytes.constData(), size_t(bytes.size()));
 }
-
-} // namespace
 
 PacedWriter::PacedWriter(QObject* parent) : QObject(parent), m_timer(this)
 {
@@ -57,7 +54,7 @@ void PacedWriter::writeDue()
     if (m_queue.empty() && !chunk.isEmpty())
         emit finished(now);
     if (!chunk.isEmpty())
-        putOnLine(m_fd, m_socket, chunk);
+        PutOnLine(m_fd, m_socket, chunk);
     if (!m_queue.empty())
         m_timer.start(std::chrono::ceil<std::chrono::milliseconds>(m_queue.front().due - now));
 }

@@ -18,6 +18,10 @@ struct WireSegment {
     std::chrono::milliseconds pauseBefore{0};
 };
 
+// Writes `bytes` to the meter's end of the line, a pseudo-terminal or a network client
+// (`socket`). What does not fit is lost, as down a cable with no far end.
+void PutOnLine(int fd, bool socket, const QByteArray& bytes);
+
 // Writes bytes to a descriptor no sooner than a real line would have delivered them. Each
 // byte is due once it has had a character time on the wire; a precise single-shot timer
 // wakes when the next byte is due and writes everything due by then in one go.

@@ -16,7 +16,7 @@ constexpr quint8 kBroadcastAddress = 0;
 } // namespace
 
 SimulatedMeter::SimulatedMeter(MeterSharedState& shared, QObject* parent)
-    : QObject(parent), m_shared(shared), m_frameGap(this), m_writer(this)
+    : QObject(parent), m_shared(shared), m_frameGap(this), m_writer(this), m_noise(this)
 {
     m_frameGap.setSingleShot(true);
     m_frameGap.setTimerType(Qt::PreciseTimer);
@@ -65,6 +65,8 @@ void SimulatedMeter::serve(int fd, bool socket)
 {
     m_fd = fd;
     m_writer.setLine(fd, socket);
+    m_noise.setLine(fd, socket);
+    startNoise();
     m_notifier = std::make_unique<QSocketNotifier>(fd, QSocketNotifier::Read);
     connect(m_notifier.get(), &QSocketNotifier::activated, this, &SimulatedMeter::receive);
 }
@@ -102,8 +104,10 @@ void SimulatedMeter::dropClient()
     m_client = m_fd = -1;
     m_frameGap.stop();
     m_writer.cancel();
+    m_noise.setLine(-1, false);
     m_assembler = RequestAssembler();
     m_answering.reset();
+    m_replies.clear();
     serveNextClient();
 }
 
@@ -158,8 +162,9 @@ void SimulatedMeter::handle(const ReceivedFrame& frame)
         m_shared.model.with([&](MeterModel& model) { return ModbusResponder::answer(model, frame.bytes); });
         return;
     }
-    // A half-duplex slave still answering one request does not take the next.
-    if (address == ownAddress && !m_answering)
+    // A half-duplex slave still answering one request does not take the next; a slow one
+    // queues it.
+    if (address == ownAddress && (!m_answering || m_shared.slowEvery > 0))
         answer(frame, sequence);
 }
 
@@ -176,8 +181,27 @@ void SimulatedMeter::answer(const ReceivedFrame& frame, quint64 sequence)
     // time per byte: the reply can start no sooner than that plus the meter's turnaround.
     const std::chrono::nanoseconds character = m_line.characterTime();
     const SteadyTime requestEnd = std::max<SteadyTime>(frame.lastByteAt, frame.firstByteAt + character * frame.bytes.size());
-    m_answering = sequence;
-    m_writer.send(requestEnd + std::chrono::milliseconds(m_shared.turnaroundMs.load()), segments, character);
+    m_replies.push_back({sequence, requestEnd + std::chrono::milliseconds(m_shared.turnaroundMs.load()) + lateness(), segments, character});
+    if (!m_answering)
+        sendNextReply(SteadyTime{});
+}
+
+std::chrono::milliseconds SimulatedMeter::lateness()
+{
+    const int every = m_shared.slowEvery;
+    return std::chrono::milliseconds(every > 0 && ++m_requestsAnswered % quint64(every) == 0 ? m_shared.slowMs.load() : 0);
+}
+
+// The next queued reply, once due and a turnaround after the line became free.
+void SimulatedMeter::sendNextReply(SteadyTime lineFreeAt)
+{
+    if (m_replies.empty())
+        return;
+    const QueuedReply next = m_replies.front();
+    m_replies.pop_front();
+    m_answering = next.sequence;
+    const SteadyTime start = std::max(next.earliest, lineFreeAt + std::chrono::milliseconds(m_shared.turnaroundMs.load()));
+    m_writer.send(start, next.segments, next.character);
 }
 
 void SimulatedMeter::replyFinished(SteadyTime at)
@@ -185,6 +209,12 @@ void SimulatedMeter::replyFinished(SteadyTime at)
     if (m_answering)
         m_shared.log.noteReplyFinished(*m_answering, at);
     m_answering.reset();
+    sendNextReply(at);
+}
+
+void SimulatedMeter::startNoise()
+{
+    m_noise.start(m_shared.noiseBurstMs, m_shared.noiseQuietMs);
 }
 
 } // namespace sim

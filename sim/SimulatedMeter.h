@@ -1,6 +1,7 @@
 #pragma once
 
 #include "sim/ClientListener.h"
+#include "sim/LineNoise.h"
 #include "sim/MeterSharedState.h"
 #include "sim/PacedWriter.h"
 #include "sim/PseudoTerminal.h"
@@ -12,6 +13,7 @@
 #include <QSocketNotifier>
 #include <QTimer>
 
+#include <deque>
 #include <memory>
 #include <optional>
 
@@ -35,8 +37,18 @@ public:
     // What a client opens: the pseudo-terminal's device path or "tcp://127.0.0.1:<port>".
     QString address() const;
     QString errorString() const { return m_error; }
+    // Starts the line noise the shared state asks for, or stops it.
+    void startNoise();
 
 private:
+    // A reply waiting for the line: a slow meter queues them.
+    struct QueuedReply {
+        quint64 sequence; // of its request in the log
+        SteadyTime earliest;
+        QList<WireSegment> segments;
+        std::chrono::nanoseconds character; // of the line the request came at
+    };
+
     void serve(int fd, bool socket);
     void takeClient(int fd);
     void serveNextClient();
@@ -46,6 +58,8 @@ private:
     void frameGapElapsed();
     void handle(const ReceivedFrame& frame);
     void answer(const ReceivedFrame& frame, quint64 sequence);
+    std::chrono::milliseconds lateness();
+    void sendNextReply(SteadyTime lineFreeAt);
     void replyFinished(SteadyTime at);
 
     MeterSharedState& m_shared;
@@ -60,6 +74,9 @@ private:
     QTimer m_frameGap;
     PacedWriter m_writer;
     std::optional<quint64> m_answering; // log sequence of the request whose reply is under way
+    std::deque<QueuedReply> m_replies;  // replies to send after it, in order
+    quint64 m_requestsAnswered = 0;
+    LineNoise m_noise;
     QString m_error;
 };
 

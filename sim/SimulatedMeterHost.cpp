@@ -61,6 +61,14 @@ std::function<QString(QString* error)> SimulatedMeterHost::deviceSource()
     };
 }
 
+void SimulatedMeterHost::setNoise(int burstMs, int quietMs)
+{
+    m_shared.noiseBurstMs = burstMs;
+    m_shared.noiseQuietMs = quietMs;
+    if (m_meter)
+        QMetaObject::invokeMethod(m_meter, &SimulatedMeter::startNoise, Qt::BlockingQueuedConnection);
+}
+
 void SimulatedMeterHost::stop()
 {
     if (!m_meter)

@@ -55,6 +55,15 @@ public:
 
     void setPacing(bool on) { m_shared.pacing = on; }
     void setTurnaround(int ms) { m_shared.turnaroundMs = ms; }
+    // One request in `every` (0: none) answered `lateMs` late, every request answered in order.
+    void setSlowReplies(int every, int lateMs = 2050)
+    {
+        m_shared.slowMs = lateMs;
+        m_shared.slowEvery = every;
+    }
+    // Noise on the line: bursts of a byte a millisecond, `burstMs` long (0: none), `quietMs` apart
+    // (0: the line never falls silent). Takes effect at once, also while running.
+    void setNoise(int burstMs, int quietMs);
 
     // Anything else on the register model (clock, a whole new meter), under its lock.
     template <class Function>

@@ -25,7 +25,22 @@ struct Options {
     std::optional<sim::LoadCharacter> load; // a balanced load instead of the seed's own
     sim::WiringFault wiring;
     std::optional<quint16> tcpPort; // listen on this TCP port instead of a pseudo-terminal
+    int slowEvery = 0;  // one request in this many answered late
+    int slowMs = 2050;
+    int noiseBurstMs = 0;
+    int noiseQuietMs = 0;
 };
+
+// A whole number of at least `least` from option `name`, or the reason it is not.
+std::optional<int> wholeNumber(const QCommandLineParser& parser, const QCommandLineOption& option, int least, QString& error)
+{
+    bool ok = true;
+    const int value = parser.value(option).toInt(&ok);
+    if (ok && value >= least)
+        return value;
+    error = QStringLiteral("--%1 must be a whole number of at least %2").arg(option.names().constFirst()).arg(least);
+    return std::nullopt;
+}
 
 // The options, or the reason they cannot be used.
 std::optional<Options> parse(const QCoreApplication& app, QString& error)
@@ -52,7 +67,17 @@ std::optional<Options> parse(const QCoreApplication& app, QString& error)
     const QCommandLineOption tcp(QStringLiteral("tcp"),
         QStringLiteral("Listen on TCP port PORT of 127.0.0.1 (0: any free port) instead of a pseudo-terminal, "
                        "serving one client at a time. Replies there are not paced."), QStringLiteral("PORT"));
-    parser.addOptions({address, seed, noPacing, turnaround, history, wiringFault, powerFactor, leading, tcp});
+    const QCommandLineOption slowEvery(QStringLiteral("slow-every"),
+        QStringLiteral("One request in N is answered --slow-ms late; the requests that come meanwhile are all "
+                       "answered, in order, each a turnaround after the reply before (a slow meter or a queueing gateway)."),
+        QStringLiteral("N"), QStringLiteral("0"));
+    const QCommandLineOption slowMs(QStringLiteral("slow-ms"), QStringLiteral("How late a slow reply is."), QStringLiteral("MS"), QStringLiteral("2050"));
+    const QCommandLineOption noise(QStringLiteral("noise"),
+        QStringLiteral("Noise on the line: a byte every millisecond in bursts of MS (0: none)."), QStringLiteral("MS"), QStringLiteral("0"));
+    const QCommandLineOption quiet(QStringLiteral("quiet"),
+        QStringLiteral("Quiet between the noise bursts (0: the line is never quiet, as with another master on it)."),
+        QStringLiteral("MS"), QStringLiteral("0"));
+    parser.addOptions({address, seed, noPacing, turnaround, history, wiringFault, powerFactor, leading, tcp, slowEvery, slowMs, noise, quiet});
     parser.process(app);
 
     Options options;
@@ -74,6 +99,16 @@ std::optional<Options> parse(const QCoreApplication& app, QString& error)
         return std::nullopt;
     }
     options.pacing = !parser.isSet(noPacing);
+    const std::optional<int> every = wholeNumber(parser, slowEvery, 0, error);
+    const std::optional<int> late = every ? wholeNumber(parser, slowMs, 0, error) : std::nullopt;
+    const std::optional<int> burst = late ? wholeNumber(parser, noise, 0, error) : std::nullopt;
+    const std::optional<int> pause = burst ? wholeNumber(parser, quiet, 0, error) : std::nullopt;
+    if (!pause)
+        return std::nullopt;
+    options.slowEvery = *every;
+    options.slowMs = *late;
+    options.noiseBurstMs = *burst;
+    options.noiseQuietMs = *pause;
     if (parser.isSet(history)) {
         const uint intervals = parser.value(history).toUInt(&ok);
         if (!ok || intervals > 0xFFFF) {
@@ -138,6 +173,8 @@ int main(int argc, char* argv[])
     host.setHolding(sim::Reg::kSlaveAddress, options->address);
     host.setPacing(options->pacing);
     host.setTurnaround(options->turnaroundMs);
+    host.setSlowReplies(options->slowEvery, options->slowMs);
+    host.setNoise(options->noiseBurstMs, options->noiseQuietMs);
     const sim::SimulatedMeterHost::Started started = options->tcpPort ? host.listen(*options->tcpPort) : host.start();
     if (started.path.isEmpty()) {
         if (options->tcpPort)

@@ -9,6 +9,7 @@
 #include "ui/StateColours.h"
 
 #include <QComboBox>
+#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 
@@ -38,6 +39,11 @@ LoadProfileBinding::LoadProfileBinding(MainForm& form, MeterSession& session, Op
     for (QComboBox* list : {f.Combo_LP_Start_No, f.Combo_LP_Stop_No})
         m_checks.Add(list, [this, list] { CheckAgainstValid(list); });
     connect(&session.download, &LpDownload::faceChanged, this, &LoadProfileBinding::ShowFace);
+    m_failure = f.findChild<QLabel*>(QStringLiteral("LpDownloadFailure"));
+    connect(&session.download, &LpDownload::finished, this, [this](LpEnd end, const QString& why) {
+        if (end == LpEnd::FileError)
+            m_failure->setText(why);
+    });
 }
 
 // A new channel count makes the meter discard the group's records, so the operator is asked
@@ -71,12 +77,15 @@ void LoadProfileBinding::ChooseDownloadGroup()
 
 void LoadProfileBinding::Command8_Click()
 {
+    m_failure->clear();
     const auto first = WholeNumber32Of(m_form.Combo_LP_Start_No->currentText());
     const auto last = WholeNumber32Of(m_form.Combo_LP_Stop_No->currentText());
     const LpStart start = first && last ? m_session.download.Start(m_session.numberLists.Group(), *first, *last)
                                         : LpStart::NoRange;
     if (const QString message = LpStartMessage(start); !message.isEmpty())
         m_prompts.Critical(message);
+    if (start == LpStart::FileError)
+        m_failure->setText(m_session.Status());
 }
 
 // A number beyond the intervals the meter holds for the chosen group goes back to the first.

@@ -9,9 +9,11 @@ class MainForm;
 class MeterSession;
 class OperatorPrompts;
 class QComboBox;
+class QLabel;
 
 // Binds the "Load Profile" tab to the session: each group's set-up and clear, the group chosen
-// for download, the download's range with its checks, and the face of its button.
+// for download, the download's range with its checks, the face of its button, and why the last
+// download failed, which stays beside it until it is pressed again.
 class LoadProfileBinding : public QObject {
     Q_OBJECT
 public:
@@ -29,4 +31,5 @@ private:
     MeterSession& m_session;
     OperatorPrompts& m_prompts;
     LeaveChecks m_checks;
+    QLabel* m_failure = nullptr; // beside the button: why the last download failed
 };

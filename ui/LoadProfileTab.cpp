@@ -165,6 +165,14 @@ QWidget* BuildDownloadFrame(MainForm& form)
     grid->addWidget(Caption(QStringLiteral("Stop no"), form.Combo_LP_Stop_No), 0, 4);
     grid->addWidget(form.Combo_LP_Stop_No, 0, 5);
     grid->addWidget(form.Command8, 1, 0, 1, 6);
+    // Why the last download failed (a full disk, a refused file): the poll's next tick rewrites
+    // the status line, this stays until the button is pressed again.
+    auto* failure = new QLabel;
+    failure->setObjectName(QStringLiteral("LpDownloadFailure"));
+    failure->setWordWrap(true);
+    failure->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    failure->setStyleSheet(QStringLiteral("color: #b00000"));
+    grid->addWidget(failure, 2, 0, 1, 6);
     return frame;
 }
 

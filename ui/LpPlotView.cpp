@@ -1,6 +1,7 @@
 #include "ui/LpPlotView.h"
 
 #include "loadprofile/LpDownload.h"
+#include "loadprofile/LpFileReportJob.h"
 #include "ui/ControlFactory.h"
 #include "ui/TimeChart.h"
 
@@ -28,12 +29,15 @@ LpPlotView::LpPlotView(LpDownload& download, QWidget* parent) : QWidget(parent)
     layout->addWidget(chart, 1);
     layout->addWidget(BuildSide());
 
-    // A download that ended, however it ended, leaves its file to be looked at.
+    // A download that ended, however it ended, leaves its file to be looked at, checked at the
+    // interval the meter records the group at.
     connect(&download, &LpDownload::faceChanged, this, [this, &download](LpDownload::Face face) {
         if (face == LpDownload::Face::Normal && !download.LpFilePath.isEmpty())
-            Open(download.LpFilePath);
+            Open(download.LpFilePath, 60 * qint64(download.IntervalMinutes()));
     });
 }
+
+LpPlotView::~LpPlotView() = default;
 
 QWidget* LpPlotView::BuildSide()
 {
@@ -77,14 +81,24 @@ void LpPlotView::ChooseFile()
         Open(path);
 }
 
-void LpPlotView::Open(const QString& path)
+void LpPlotView::Open(const QString& path, qint64 intervalSeconds)
 {
-    m_report = LpFileReport::ReadFile(path);
     fileName->setText(QDir::toNativeSeparators(QFileInfo(path).absoluteFilePath()));
+    report->setPlainText(QStringLiteral("Reading the file…"));
+    m_job = std::make_unique<LpFileReportJob>(path, intervalSeconds);
+    connect(m_job.get(), &LpFileReportJob::done, this, &LpPlotView::Show);
+}
+
+// The job is still emitting: it is deleted once it is back in the event loop.
+void LpPlotView::Show(const LpFileReport::Report& taken)
+{
+    m_job.release()->deleteLater();
+    m_report = taken;
     report->setPlainText(LpFileReport::Text(m_report));
     ListChannels();
     chart->ResetZoom();
     Redraw();
+    emit shown();
 }
 
 // A channel of the same name stays chosen from one file to the next; a new file with none of

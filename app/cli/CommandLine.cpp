@@ -44,7 +44,9 @@ std::optional<int> CommandLine::Parse(const QStringList& arguments)
 {
     // The parser skips the first argument, the program's name.
     if (!m_parser.parse(QStringList{QStringLiteral("qx5820")} + arguments))
-        return Fail(kExitBadArguments, m_parser.errorText() + QStringLiteral(" (see qx5820 %1 --help)").arg(m_usage));
+        return Refused(m_parser.errorText());
+    if (const std::optional<QString> unexpected = Unexpected(); unexpected && !m_parser.isSet(m_help))
+        return Refused(*unexpected);
     if (m_parser.isSet(m_help)) {
         // The parser names the program by the path it was started with.
         QString help = m_parser.helpText();
@@ -54,6 +56,26 @@ std::optional<int> CommandLine::Parse(const QStringList& arguments)
         QTextStream(stdout) << help;
         return kExitOk;
     }
+    return std::nullopt;
+}
+
+std::optional<int> CommandLine::Refused(const QString& message) const
+{
+    return Fail(kExitBadArguments, message + QStringLiteral(" (see qx5820 %1 --help)").arg(m_usage));
+}
+
+// What the parser lets through but the command cannot use: an empty value would silently
+// stand for a default (--folder "" for beside the program, --output "" for stdout), and a
+// stray word would be ignored.
+std::optional<QString> CommandLine::Unexpected() const
+{
+    for (const QString& name : m_parser.optionNames()) {
+        if (m_parser.values(name).contains(QString()))
+            return QStringLiteral("--%1 needs a value, not an empty text").arg(name);
+    }
+    if (!m_takesWords && !m_parser.positionalArguments().isEmpty())
+        return QStringLiteral("unexpected argument \"%1\": qx5820 %2 takes options only")
+            .arg(m_parser.positionalArguments().first(), m_usage);
     return std::nullopt;
 }
 
@@ -83,7 +105,8 @@ std::optional<LineOptions> CommandLine::Line() const
         return std::nullopt;
     }
     const double seconds = m_parser.value(kTimeout).toDouble(&ok);
-    if (!ok || seconds < 0.05 || seconds > 60) {
+    // Written so that "nan" fails it too.
+    if (!ok || !(seconds >= 0.05 && seconds <= 60)) {
         Fail(kExitBadArguments, QStringLiteral("--timeout must be 0.05 to 60 seconds, not \"%1\"").arg(m_parser.value(kTimeout)));
         return std::nullopt;
     }

@@ -28,9 +28,11 @@ public:
     void AddPositional(const QString& name, const QString& description, const QString& syntax = QString())
     {
         m_parser.addPositionalArgument(name, description, syntax);
+        m_takesWords = true;
     }
     // Parses the arguments after the command's name. Nothing when the command may run;
-    // otherwise the exit status: 0 after --help, 2 after a message on stderr.
+    // otherwise the exit status: 0 after --help, 2 after a message on stderr. An option given
+    // an empty value, and a word for a command that takes none, are refused.
     std::optional<int> Parse(const QStringList& arguments);
 
     bool IsSet(const QCommandLineOption& option) const { return m_parser.isSet(option); }
@@ -42,10 +44,14 @@ public:
     std::optional<LineOptions> Line() const;
 
 private:
+    std::optional<int> Refused(const QString& message) const;
+    std::optional<QString> Unexpected() const;
+
     QString m_usage;
     QCommandLineParser m_parser;
     QCommandLineOption m_help;
     bool m_talksToMeter;
+    bool m_takesWords = false;
 };
 
 // Writes "qx5820: <message>" to stderr and returns `status`, for `return Fail(...)`.

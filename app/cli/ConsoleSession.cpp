@@ -25,11 +25,23 @@ sim::MeterModel SimulatedMeterModel()
     return model;
 }
 
+// All digits but beyond an int: still a port number the list does not hold, not a device path.
+bool IsOversizedPortNumber(const QString& option)
+{
+    const bool digits = !option.isEmpty() && std::all_of(option.cbegin(), option.cend(), [](QChar c) { return c >= u'0' && c <= u'9'; });
+    bool fits = false;
+    return digits && option.toInt(&fits) == 0 && !fits;
+}
+
 } // namespace
 
 std::optional<ChosenPort> ChoosePortOption(const QString& option)
 {
     ChosenPort port{PortCatalog::Scan()};
+    if (IsOversizedPortNumber(option)) {
+        Fail(kExitBadArguments, QStringLiteral("--port: port number %1 is not in the list: 1 to %2").arg(option).arg(port.entries.size()));
+        return std::nullopt;
+    }
     QString error;
     const std::optional<int> index = PortCatalog::Locate(port.entries, option, &error);
     if (!index) {
@@ -50,8 +62,11 @@ ConsoleSession::ConsoleSession(const LineOptions& line)
       m_session(std::make_unique<MeterSession>(SessionPorts{m_prompts, m_lists, m_clock})),
       m_termination(std::make_unique<TerminationSignals>())
 {
+    // Off line at once: the transaction under way ends as abandoned, and so does any wait of the
+    // link, rather than after its five attempts. Nothing on disk is touched.
     QObject::connect(m_termination.get(), &TerminationSignals::received, [this] {
         m_interrupted = true;
+        m_session->Form_Unload();
         Wake();
     });
     QObject::connect(&m_session->poll, &PollCycle::tickEnded, [this] { Wake(); });
@@ -83,6 +98,8 @@ int ConsoleSession::GoOnLine()
     m_session->connection.link.replyTimeoutMs = m_line.replyTimeoutMs;
 
     m_session->ToggleOnLine(address);
+    if (m_interrupted)
+        return Ended();
     if (m_session->OnLine())
         return kExitOk;
     return Fail(kExitPortUnusable, OffLineReason());

@@ -76,6 +76,7 @@ public:
 
     // After a wait that came back empty: the exit status and the message for stderr.
     int Ended() const;
+    // Ctrl-C or SIGTERM came, and took the session off line at once.
     bool Interrupted() const { return m_interrupted; }
     // Why the tool is off line, as the window's off-line note says it.
     QString OffLineReason() const;

@@ -8,6 +8,7 @@
 #include "loadprofile/LpCsvFile.h"
 #include "loadprofile/LpProgressRecord.h"
 #include "loadprofile/LpResume.h"
+#include "loadprofile/PlainFile.h"
 
 #include <QDir>
 #include <QFile>
@@ -142,6 +143,9 @@ int LpDownloadRun::Run()
     }
     m_folder = folder->path;
     m_recordPath = QDir(m_folder).filePath(LpProgressRecord::FileName(reading->identification, m_request.group));
+    // Refused before a row is written, so that a planted link leaves no block behind either.
+    if (const std::optional<QString> refused = PlainFile::Refusal(m_recordPath))
+        return Fail(kExitFileError, QStringLiteral("cannot write %1: %2").arg(QDir::toNativeSeparators(m_recordPath), *refused));
     const MeterReading::LoadProfileGroup& group = reading->loadProfile[std::size_t(m_request.group - 1)];
     if (const std::optional<int> status = m_request.resume ? Continue(group) : Start(group))
         return *status;
@@ -183,7 +187,8 @@ std::optional<int> LpDownloadRun::Continue(const MeterReading::LoadProfileGroup&
         return Fail(kExitRefused, QStringLiteral("--continue: %1. Start over without --continue.").arg(*refused));
     m_record = *record;
     download().RestoreInterrupted(m_request.group - 1, record->channels, QDir(m_folder).filePath(record->file),
-                                  record->next - 1, record->last - 1);
+                                  record->next - 1, record->last - 1,
+                                  LpNextRowTime(*record, m_folder, group.intervalMinutes));
     // The download asks whether to continue the one it holds: ConsolePrompts answers Yes.
     return Begin(record->next, record->last);
 }
@@ -263,6 +268,8 @@ int LpDownloadRun::Outcome()
         return Fail(kExitFileError, *m_recordError + QStringLiteral("; ") + WhereItStopped());
     if (m_console.Interrupted())
         return Fail(kExitInterrupted, QStringLiteral("interrupted; ") + WhereItStopped());
+    if (m_end == LpEnd::Jumped)
+        return Fail(kExitRefused, QStringLiteral("--continue: %1 Start over without --continue.").arg(m_endWhy));
     if (m_end == LpEnd::FileError)
         return Fail(kExitFileError, m_endWhy + QStringLiteral("; ") + WhereItStopped());
     return Fail(kExitNoAnswer, m_console.OffLineReason() + QStringLiteral("; ") + WhereItStopped());

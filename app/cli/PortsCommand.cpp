@@ -2,6 +2,7 @@
 #include "app/cli/CommandLine.h"
 #include "app/cli/Commands.h"
 #include "app/cli/ExitCodes.h"
+#include "app/cli/ReadingFormat.h"
 #include "connection/PortCatalog.h"
 
 #include <QTextStream>
@@ -20,8 +21,9 @@ int RunPorts(const QStringList& arguments)
                              QStringLiteral("manufacturer"), QStringLiteral("serial number")}};
     for (const FoundPort& port : found) {
         const int index = PortCatalog::IndexOf(entries, PortEntry{QString(), port.device, false});
-        rows.append({index < 0 ? QStringLiteral("-") : QString::number(index + 1), port.device, port.description,
-                     port.manufacturer, port.serialNumber});
+        // The adapter describes itself: its texts are shown, never obeyed by the terminal.
+        rows.append({index < 0 ? QStringLiteral("-") : QString::number(index + 1), VisibleText(port.device),
+                     VisibleText(port.description), VisibleText(port.manufacturer), VisibleText(port.serialNumber)});
     }
     QTextStream out(stdout);
     if (found.isEmpty()) {

@@ -30,16 +30,36 @@ public:
     bool Open(const QString& path)
     {
         m_file.setFileName(path);
-        if (path.isEmpty())
+        m_toFile = !path.isEmpty();
+        if (!m_toFile)
             return m_file.open(stdout, QIODevice::WriteOnly | QIODevice::Unbuffered);
         return m_file.open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Unbuffered);
     }
-    bool Write(const QByteArray& line) { return m_file.write(line) == line.size(); }
+    // A line is written whole or not at all: one cut short by a full disk is taken back out.
+    bool Write(const QByteArray& line)
+    {
+        const qint64 before = m_file.size();
+        const qint64 written = m_file.write(line);
+        if (written == line.size())
+            return true;
+        // A short write leaves no reason; the rest, tried again, fails with the system's.
+        if (written > 0)
+            m_file.write(line.mid(written));
+        m_reason = m_file.errorString(); // before the resize clears it
+        if (m_toFile)
+            m_file.resize(before);
+        return false;
+    }
     bool Empty() const { return m_file.size() == 0; }
-    QString Error() const { return m_file.fileName() + QStringLiteral(": ") + m_file.errorString(); }
+    QString Error() const
+    {
+        return m_file.fileName() + QStringLiteral(": ") + (m_reason.isEmpty() ? m_file.errorString() : m_reason);
+    }
 
 private:
     QFile m_file;
+    bool m_toFile = false; // stdout cannot be cut back
+    QString m_reason;
 };
 
 } // namespace
@@ -103,7 +123,7 @@ int RunWatch(const QStringList& arguments)
     for (qint64 written = 0; ticks < 0 || written < ticks; ++written) {
         const std::optional<MeterReading> reading = console.NextReading();
         if (!reading)
-            return console.Interrupted() ? kExitOk : console.Ended();
+            return console.Ended();
         if (!sink.Write(LogLine(*reading, *format, header)))
             return Fail(kExitFileError, sink.Error());
         header = false;

@@ -14,6 +14,18 @@ QList<ReadingField> Fields(const MeterReading& reading)
     return fields;
 }
 
+// JSON needs only C0 escaped, as QJsonDocument does; DEL and C1 are escaped too, so that the
+// object is as harmless on a terminal as the table. The same string still reads back.
+QByteArray JsonEscaped(const QByteArray& json)
+{
+    QString text = QString::fromUtf8(json);
+    for (qsizetype i = text.size() - 1; i >= 0; --i) {
+        if (text[i].category() == QChar::Other_Control && text[i].unicode() >= 0x7F)
+            text.replace(i, 1, QStringLiteral("\\u%1").arg(text[i].unicode(), 4, 16, QLatin1Char('0')));
+    }
+    return text.toUtf8();
+}
+
 QByteArray Json(const MeterReading& reading, QJsonDocument::JsonFormat layout)
 {
     // A QJsonObject would sort its keys; the fields' own order reads better, so the object is
@@ -29,14 +41,15 @@ QByteArray Json(const MeterReading& reading, QJsonDocument::JsonFormat layout)
         text += pair.mid(1, pair.size() - 2); // "name":value without the braces
     }
     text += layout == QJsonDocument::Indented ? "\n}\n" : "}\n";
-    return text;
+    return JsonEscaped(text);
 }
 
-// A CSV cell: quoted when it holds a comma, a quote or a line break.
-QString Cell(const QString& text)
+// A CSV cell: quoted when it holds a comma or a quote. Line breaks from the meter are shown
+// as "\x0d" and "\x0a", as every control character is, so a row stays one line.
+QString Cell(const QString& field)
 {
-    if (!text.contains(QLatin1Char(',')) && !text.contains(QLatin1Char('"')) && !text.contains(QLatin1Char('\n'))
-        && !text.contains(QLatin1Char('\r')))
+    const QString text = VisibleText(field);
+    if (!text.contains(QLatin1Char(',')) && !text.contains(QLatin1Char('"')))
         return text;
     return QLatin1Char('"') + QString(text).replace(QLatin1String("\""), QLatin1String("\"\"")) + QLatin1Char('"');
 }
@@ -64,11 +77,24 @@ QByteArray Table(const QList<ReadingField>& fields)
         width = std::max(width, field.name.size());
     QString text;
     for (const ReadingField& field : fields)
-        text += field.name.leftJustified(width + 2) + FieldText(field.value) + QLatin1Char('\n');
+        text += field.name.leftJustified(width + 2) + VisibleText(FieldText(field.value)) + QLatin1Char('\n');
     return text.toUtf8();
 }
 
 } // namespace
+
+QString VisibleText(const QString& text)
+{
+    QString visible;
+    visible.reserve(text.size());
+    for (const QChar c : text) {
+        if (c.category() == QChar::Other_Control)
+            visible += QStringLiteral("\\x%1").arg(c.unicode(), 2, 16, QLatin1Char('0'));
+        else
+            visible += c;
+    }
+    return visible;
+}
 
 std::optional<ReadingFormat> ParseReadingFormat(const QString& text)
 {

@@ -3,6 +3,7 @@
 #include "app/cli/ConsoleSession.h"
 #include "app/cli/Commands.h"
 #include "app/cli/ExitCodes.h"
+#include "app/cli/ReadingFormat.h"
 #include "connection/PortTransport.h"
 #include "link/RegisterLink.h"
 #include "link/RtuFrames.h"
@@ -86,7 +87,7 @@ private:
         m_link.ResetRxData();
         if (!m_link.ReadRegisters(m_link.ModbusAddress, Rtu::kReadInput, kIdentificationStart, kIdentificationCount).good())
             return QStringLiteral("(no identification)");
-        return IdentificationText(m_link.RxData.left(2 * kIdentificationCount));
+        return VisibleText(IdentificationText(m_link.RxData.left(2 * kIdentificationCount)));
     }
 
     QString Where(const QString& device, const QString& baudRate) const

@@ -1,10 +1,13 @@
 // lp download run as a user runs it: ranges checked row by row against the records of a
 // simulated meter of the test's own, downloads stopped (Ctrl-C, a kill, a lost line) and
-// continued with nothing lost or written twice, and what the command refuses.
+// continued with nothing lost or written twice, and what the command refuses: a meter whose
+// intervals were numbered anew, links planted in the folder.
 #include "CliRun.h"
 #include "LpFileRows.h"
 
 #include <QDir>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
@@ -39,6 +42,18 @@ QString FileIn(const QString& parent, const QString& pattern)
     const QDir folder(parent + "/LP Data");
     const QStringList names = folder.entryList({pattern}, QDir::Files);
     return names.size() == 1 ? folder.filePath(names.first()) : QString();
+}
+
+QByteArray Contents(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+// A number of the progress record in the download folder under `parent`.
+int RecordField(const QString& parent, const char* key)
+{
+    return QJsonDocument::fromJson(Contents(FileIn(parent, "*.progress.json"))).object().value(key).toInt();
 }
 
 } // namespace
@@ -90,7 +105,7 @@ private slots:
     void stoppedAndContinued_data()
     {
         QTest::addColumn<QString>("how");
-        for (const char* how : {"Ctrl-C", "killed", "line lost", "rows without their record", "group changed"})
+        for (const char* how : {"Ctrl-C", "killed", "line lost", "rows without their record", "group changed", "renumbered"})
             QTest::newRow(how) << QString::fromLatin1(how);
     }
     void stoppedAndContinued()
@@ -140,11 +155,57 @@ private slots:
             QVERIFY2(refused.err.contains("would not match the file's columns"), refused.err.constData());
             meter->setHolding(0x1036, code);
         }
+        if (how == "renumbered") {
+            // The meter's memory rolled on by a day: its interval `next` now holds a later one.
+            const int next = RecordField(dir.path(), "next");
+            const QByteArray follows = MeterRows(*meter, 0, kChannels[0], next, next).value(0);
+            meter->withModel([](sim::MeterModel& model) {
+                model = sim::MeterModel(7, QDateTime(QDate(2026, 11, 16), QTime(23, 59, 7), Qt::UTC), sim::SimClock::Mode::Frozen);
+            });
+            const QByteArray moved = MeterRows(*meter, 0, kChannels[0], next, next).value(0);
+            const QByteArray before = Contents(csv);
+            const CliResult refused = RunCli(again);
+            QCOMPARE(refused.exitCode, 5);
+            for (const QByteArray& row : {follows, moved})
+                QVERIFY2(refused.err.contains(LpCsvFile::TimeText(*LpCsvFile::RowTime(row)).toUtf8()), refused.err.constData());
+            QCOMPARE(Contents(csv), before);
+            return;
+        }
         const CliResult second = RunCli(again);
         QVERIFY2(second.exitCode == 0, second.err.constData());
         QVERIFY(second.out.contains(" intervals written ("));
         QCOMPARE(DataRows(csv), MeterRows(*meter, 0, kChannels[0], 1, 48));
         QCOMPARE(FileIn(dir.path(), "*.progress.json"), QString());
+    }
+
+    // A link planted under the name of the day's file or of the progress record, pointing at
+    // a file outside "LP Data": refused before anything is written, and that file untouched.
+    void plantedLinksAreRefused_data()
+    {
+        QTest::addColumn<QString>("name"); // %1: the meter's part of the names
+        QTest::newRow("the day's file") << "%1_" + QDate::currentDate().toString("yyyyMMdd") + "_Group1.csv";
+        QTest::newRow("the progress record") << "%1_Group1.progress.json";
+    }
+    void plantedLinksAreRefused()
+    {
+        QFETCH(QString, name);
+        const auto meter = Meter();
+        QTemporaryDir dir;
+        const QString port = meter->start().path;
+        const CliResult first = RunCli(Download(1, dir.path(), port, {"--to", "1"}));
+        QVERIFY2(first.exitCode == 0, first.err.constData());
+        const QString csv = FileIn(dir.path(), "*.csv");
+        const QString outside = dir.filePath("outside");
+        QVERIFY(QFile::rename(csv, outside));
+        const QString planted = QFileInfo(csv).dir().filePath(name.arg(QFileInfo(csv).fileName().section(u'_', 0, -3)));
+        QFile::remove(planted);
+        QVERIFY(QFile::link(outside, planted));
+        const QByteArray before = Contents(outside);
+
+        const CliResult refused = RunCli(Download(1, dir.path(), port, {"--to", "1"}));
+        QCOMPARE(refused.exitCode, 6);
+        QVERIFY2(QString::fromUtf8(refused.err).contains(planted + ": it is a symbolic link"), refused.err.constData());
+        QCOMPARE(Contents(outside), before);
     }
 
     // Against the built-in simulated meter; "DIR" stands for an empty folder.

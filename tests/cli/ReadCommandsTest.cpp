@@ -1,13 +1,19 @@
 // read, watch, scan and ports, and the options every command shares: output, exit status and
-// messages, on the simulated meter's pseudo-terminal and over TCP, and on a silent line.
+// messages, on the simulated meter's pseudo-terminal and over TCP, and on a silent line; meter
+// text on a terminal; Ctrl-C and SIGTERM.
 #include "CliRun.h"
 #include "PtyPair.h"
+#include "sim/MeterRegisters.h"
 #include "sim/SimulatedMeterHost.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QTcpServer>
+#include <QTcpSocket>
 #include <QTemporaryDir>
 #include <QTest>
+
+#include <csignal>
 
 class ReadCommandsTest : public QObject {
     Q_OBJECT
@@ -51,6 +57,16 @@ private slots:
         QTest::newRow("format") << QStringList{"read"} + sim({"--format", "xml"}) << 2 << "" << "--format must be table, json or csv";
         QTest::newRow("watch as a table") << QStringList{"watch"} + sim({"--format", "table"}) << 2 << "" << "--format must be csv or json";
         QTest::newRow("count") << QStringList{"watch"} + sim({"--count", "0"}) << 2 << "" << "--count must be 1 or more";
+        QTest::newRow("timeout nan") << QStringList{"read", "--port", "SILENT", "--timeout", "nan"} << 2 << ""
+                                     << "--timeout must be 0.05 to 60 seconds, not \"nan\"";
+        QTest::newRow("word after read") << QStringList{"read"} + sim({"x"}) << 2 << "" << "unexpected argument \"x\"";
+        QTest::newRow("word after ports") << QStringList{"ports", "all"} << 2 << "" << "unexpected argument \"all\"";
+        QTest::newRow("word after lp download") << QStringList{"lp", "download", "--group", "1", "now"} + sim({}) << 2 << ""
+                                                << "unexpected argument \"now\"";
+        QTest::newRow("empty folder") << QStringList{"lp", "download", "--group", "1", "--folder", ""} + sim({}) << 2 << ""
+                                      << "--folder needs a value";
+        QTest::newRow("port number past an int") << QStringList{"read", "--port", "99999999999999999999"} << 2 << ""
+                                                 << "port number 99999999999999999999 is not in the list";
         QTest::newRow("absent device") << QStringList{"read", "--port", "/dev/ttyQX404"} << 3 << "" << "Comm Port Error: /dev/ttyQX404";
         QTest::newRow("silent meter") << QStringList{"read", "--port", "SILENT", "--timeout", "0.1"} << 4 << ""
                                       << "Communication Error! Retry 5 times!";
@@ -113,6 +129,67 @@ private slots:
         QCOMPARE(objects.size(), 2);
         for (const QByteArray& line : objects)
             QVERIFY(QJsonDocument::fromJson(line).isObject());
+    }
+
+    // A meter whose identification holds ESC, CR and LF and a C1 control (CSI): shown, never
+    // obeyed by the terminal, in every format; JSON still gives the text as the meter sent it.
+    void meterTextShownNotObeyed_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::newRow("read as a table") << QStringList{"read"};
+        QTest::newRow("read as CSV") << QStringList{"read", "--format", "csv"};
+        QTest::newRow("read as JSON") << QStringList{"read", "--format", "json"};
+        QTest::newRow("scan") << QStringList{"scan", "--from", "15", "--to", "15"};
+    }
+    void meterTextShownNotObeyed()
+    {
+        QFETCH(QStringList, arguments);
+        const QByteArray identification("QX\x1b[2J\r\nSN\x9b""4217 ", 16);
+        sim::SimulatedMeterHost meter;
+        for (int i = 0; i < identification.size() / 2; ++i)
+            meter.setInput(quint16(sim::Reg::kIdentification + i),
+                           quint16(quint8(identification[2 * i]) << 8 | quint8(identification[2 * i + 1])));
+        const QString port = meter.listen().path;
+        QVERIFY(!port.isEmpty());
+        const CliResult run = RunCli(arguments + QStringList{"--port", port});
+        QVERIFY2(run.exitCode == 0, run.err.constData());
+        const QString out = QString::fromUtf8(run.out);
+        for (const QChar c : out)
+            QVERIFY2(c == u'\n' || c.category() != QChar::Other_Control, qPrintable(out));
+        if (arguments.contains("json"))
+            QCOMPARE(QJsonDocument::fromJson(run.out).object().value("identification").toString(),
+                     QString::fromLatin1(identification).trimmed());
+        else
+            QVERIFY2(out.contains(QStringLiteral("QX\\x1b[2J\\x0d\\x0aSN\\x9b4217")), qPrintable(out));
+    }
+
+    // Ctrl-C or SIGTERM while a request waits for a meter that never answers: the transaction
+    // is abandoned at once, not after its five attempts of 4 s.
+    void signalEndsTheWait_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<int>("signal");
+        QTest::newRow("read, Ctrl-C") << QStringList{"read"} << SIGINT;
+        QTest::newRow("watch, SIGTERM") << QStringList{"watch"} << SIGTERM;
+        QTest::newRow("set, Ctrl-C") << QStringList{"set", "ct-ratio", "200"} << SIGINT;
+    }
+    void signalEndsTheWait()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(int, signal);
+        QTcpServer silentMeter;
+        QVERIFY(silentMeter.listen(QHostAddress::LocalHost));
+        QProcess tool;
+        tool.start(QStringLiteral(QX5820_CLI), arguments + QStringList{"--timeout", "4", "--port",
+                   QStringLiteral("tcp://127.0.0.1:%1").arg(silentMeter.serverPort())});
+        QVERIFY(silentMeter.waitForNewConnection(10000));
+        QTcpSocket* line = silentMeter.nextPendingConnection();
+        QVERIFY2(line->waitForReadyRead(10000), "no request came"); // the tool now waits for the reply
+        ::kill(pid_t(tool.processId()), signal);
+        QVERIFY2(tool.waitForFinished(5000), "still waiting 5 s after the signal");
+        QCOMPARE(tool.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(tool.exitCode(), 130);
+        QCOMPARE(tool.readAllStandardError(), QByteArray("qx5820: interrupted\n"));
     }
 
 private:

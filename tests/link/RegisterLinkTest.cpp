@@ -19,6 +19,11 @@ private slots:
         QTest::newRow("noise before the reply") << Hex("FF00FF") + LinkOnFakeLine::BlockReply(20, 1) << "Address Error" << false;
         // Five bytes never make the awaited length: the attempt runs out its two seconds.
         QTest::newRow("exception reply") << Sealed(Hex("0F8302")) << "Exception 2 (Illegal Data Address) from the meter" << true;
+        // Sound frames of the awaited length that do not answer a read of 20 registers.
+        const QByteArray zeros(40, '\0');
+        QTest::newRow("exception padded to the reply's length") << Sealed(Hex("0F8302") + zeros) << "Exception 2 (Illegal Data Address) from the meter" << false;
+        QTest::newRow("another function") << Sealed(Hex("0F0428") + zeros) << "Reply Error" << false;
+        QTest::newRow("another byte count") << Sealed(Hex("0F0326") + zeros) << "Reply Error" << false;
     }
     void aSpoiledReplyFailsItsAttempt()
     {
@@ -107,6 +112,39 @@ private slots:
         QCOMPARE(f.echoes, QStringList{QStringLiteral("15 3 16 0 0 10 192 35 \r\n")});
     }
 
+    // Another master or noise keeps the line from falling silent: each attempt waits its reply
+    // time-out for the silence, fails as a busy line, and five of them take the tool off line.
+    void aBusyLineFailsItsAttempts_data()
+    {
+        QTest::addColumn<int>("busyMs");
+        QTest::addColumn<int>("sentAtMs"); // below zero: nothing sent
+        QTest::newRow("busy through two attempts") << 5000 << 5011;
+        QTest::newRow("busy throughout") << 20000 << -1;
+    }
+    void aBusyLineFailsItsAttempts()
+    {
+        QFETCH(int, busyMs);
+        QFETCH(int, sentAtMs);
+        LinkOnFakeLine f;
+        const FakeLine::Time start = f.clock.now();
+        f.line.chatter(start, start + std::chrono::milliseconds(busyMs), 1ms);
+        f.line.script << Reply(f.BlockReply(4, 7));
+        while (f.clock.now() < start + 5ms) // the line is busy before the request is due
+            f.clock.waitUntil(start + 5ms, f.onLine, nullptr);
+        const TransactionResult result = f.read(0x1000, 4);
+        QCOMPARE(result.kind, sentAtMs < 0 ? TransactionResult::BusyLine : TransactionResult::Good);
+        QCOMPARE(f.line.sent.size(), sentAtMs < 0 ? 0 : 1);
+        if (sentAtMs >= 0) {
+            QCOMPARE(f.line.sent[0].at - start, std::chrono::milliseconds(sentAtMs) + f.line.characterTime());
+            QCOMPARE(f.texts, QStringList(2, RegisterLink::BusyLineText()));
+            return;
+        }
+        QCOMPARE(f.clock.now() - start, 5ms + RegisterLink::kAttempts * 2s);
+        QCOMPARE(f.texts, QStringList(RegisterLink::kAttempts, RegisterLink::BusyLineText()) << RegisterLink::GiveUpText());
+        QCOMPARE(f.gaveUp.size(), 1);
+        QVERIFY(f.gaveUp[0][0].toString().contains(RegisterLink::BusyLineText()));
+    }
+
     // A scan tries each address once with a short wait; a slow gateway gets a longer one.
     void thePatienceOfATransactionCanBeSet()
     {
@@ -160,8 +198,8 @@ private slots:
     }
 
     // WriteRegisters2 is given a byte count and sends it halved (halves to even) as registers.
-    // The reply names another function, register and count than asked: a write reply is
-    // deliberately checked for address and CRC only.
+    // The reply names another register and count than asked: a write reply is checked for
+    // address, function and CRC only.
     void writeRegisters2SendsHalfTheCount_data()
     {
         QTest::addColumn<int>("bytes");
@@ -174,7 +212,7 @@ private slots:
         QFETCH(int, bytes);
         QFETCH(QByteArray, request);
         LinkOnFakeLine f;
-        f.line.script << Reply(Sealed(Hex("0F0699990007")));
+        f.line.script << Reply(Sealed(Hex("0F1099990007")));
         qint16 count = qint16(bytes);
         QCOMPARE(f.link.WriteRegisters2(f.link.ModbusAddress, 0x4492, count, QByteArray(8, '\x11')).kind,
                  TransactionResult::Good);

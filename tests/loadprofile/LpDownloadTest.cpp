@@ -1,10 +1,12 @@
 // Load-profile downloads against the simulated meter: the steps and texts of a range, the day's
 // file and its header blocks, safe file names from hostile identifications, a folder that
 // cannot be written, a disk that fills up, and downloads broken by faults and continued until
-// the file holds every interval once.
+// the file holds every interval once; links planted in the folder, and a progress record that
+// cannot be written.
 #include "LpFileRows.h"
 #include "MeterOnLine.h"
 #include "loadprofile/LpCsvFile.h"
+#include "loadprofile/LpProgressRecord.h"
 
 #include <QDir>
 #include <QFile>
@@ -13,11 +15,40 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <csignal>
+#include <sys/resource.h>
+
 using sim::Fault;
 
 namespace {
 
 constexpr int kDownloadMs = 30000;
+
+QByteArray Contents(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+// Writes beyond `bytes` into any file fail, as on a full disk (with EFBIG rather than ENOSPC),
+// while this lives.
+class FileSizeLimit {
+public:
+    explicit FileSizeLimit(qint64 bytes)
+    {
+        ::signal(SIGXFSZ, SIG_IGN);
+        ::getrlimit(RLIMIT_FSIZE, &m_before);
+        rlimit limit = m_before;
+        limit.rlim_cur = rlim_t(bytes);
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FileSizeLimit() { ::setrlimit(RLIMIT_FSIZE, &m_before); }
+    FileSizeLimit(const FileSizeLimit&) = delete;
+    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+
+private:
+    rlimit m_before{};
+};
 
 QList<QByteArray> Lines(const QString& path)
 {
@@ -123,6 +154,7 @@ private slots:
         QTest::newRow("device name") << QByteArray("con  ") << "_con";
         QTest::newRow("all padding") << QByteArray(8, '\0') << "test_";
         QTest::newRow("latin-1 kept") << QByteArray("\xC4\xD6") << "ÄÖ";
+        QTest::newRow("latin-1 controls") << QByteArray("A\x85" "B\x9B" "C\x7F") << "A_B_C_";
     }
     void hostileIdentificationsMakeSafeNames()
     {
@@ -148,32 +180,80 @@ private slots:
     }
 
     // A disk that fills up stops the download at the step whose rows did not fit: nothing of
-    // them stays, the index stands, and the download continues once there is room.
+    // them stays, the index stands, and the download continues once there is room. The file
+    // size limit stands in for a full disk: write() fails the same way, with the system's reason.
     void aFullDiskStopsAtTheStepAndContinuesLater()
     {
-        QCOMPARE(download().Start(0, 1, 12), LpStart::Started);
+        QCOMPARE(download().Start(0, 1, 40), LpStart::Started);
         QTRY_VERIFY(download().LpCurrentIndex >= 4);
         const QString path = download().LpFilePath;
-        QFile kept(path);
-        QVERIFY(kept.open(QIODevice::ReadOnly));
-        const QByteArray saved = kept.readAll();
-        kept.close();
-        QVERIFY(QFile::remove(path));
-        QVERIFY(QFile::link("/dev/full", path));
-        QTRY_VERIFY_WITH_TIMEOUT(!download().Timer_RS_Lpf.isActive(), kDownloadMs);
-        QVERIFY(session().Status().startsWith("Cannot write " + QDir::toNativeSeparators(path)));
+        {
+            const FileSizeLimit full(QFileInfo(path).size() + 10);
+            QTRY_VERIFY_WITH_TIMEOUT(!download().Timer_RS_Lpf.isActive(), kDownloadMs);
+        }
+        QCOMPARE(session().Status().section(" The download", 0, 0),
+                 "Cannot write " + QDir::toNativeSeparators(path) + ": File too large");
         QVERIFY(session().connection.Timer1Sec.isActive()); // polling goes on meanwhile
+        QCOMPARE(rows(), expectedRows(1, int(download().LpCurrentIndex)));
 
-        QVERIFY(QFile::remove(path));
-        QFile restored(path);
-        QVERIFY(restored.open(QIODevice::WriteOnly));
-        restored.write(saved.left(saved.size())); // what the finished steps wrote
-        restored.close();
         const int questions = int(m_on->prompts.questions.size());
-        QCOMPARE(download().Start(0, 1, 12), LpStart::Continued);
+        QCOMPARE(download().Start(0, 1, 40), LpStart::Continued);
         QCOMPARE(m_on->prompts.questions.size(), questions + 1);
         waitForTheEnd();
-        QCOMPARE(rows(), expectedRows(1, 12));
+        QCOMPARE(rows(), expectedRows(1, 40));
+    }
+
+    // A link planted in a shared folder under the name of the day's file: the download writes
+    // nothing through it and says why.
+    void aLinkInPlaceOfTheDaysFileIsRefused()
+    {
+        downloadRange(1, 1);
+        const QString path = download().LpFilePath;
+        const QString outside = m_folder.filePath("someone else's");
+        QVERIFY(QFile::rename(path, outside));
+        QVERIFY(QFile::link(outside, path));
+        const QByteArray before = Contents(outside);
+        QCOMPARE(download().Start(0, 2, 2), LpStart::FileError);
+        QCOMPARE(session().Status(), "Cannot open " + QDir::toNativeSeparators(path)
+                                         + ": it is a symbolic link, and the download writes through no link");
+        QCOMPARE(Contents(outside), before);
+    }
+
+    // The progress record is replaced whole or not at all: a write that fails keeps the old
+    // one, and a link in its place is refused rather than replaced or followed.
+    void aRecordThatCannotBeWrittenKeepsTheOldOne_data()
+    {
+        QTest::addColumn<bool>("link");
+        QTest::addColumn<QString>("reason");
+        QTest::newRow("full disk") << false << "File too large";
+        QTest::newRow("a link in its place") << true << "it is a symbolic link, and the download writes through no link";
+    }
+    void aRecordThatCannotBeWrittenKeepsTheOldOne()
+    {
+        QFETCH(bool, link);
+        QFETCH(QString, reason);
+        const QString path = m_folder.filePath("SN004217_Group1.progress.json");
+        LpProgressRecord record{"SN004217_20261116_Group1.csv", 1, 2, {1, 2}, 1, 5, 40, 300};
+        QVERIFY(!record.Save(path));
+        const QString kept = link ? m_folder.filePath("kept.json") : path;
+        if (link) {
+            QVERIFY(QFile::rename(path, kept));
+            QVERIFY(QFile::link(kept, path));
+        }
+        const QByteArray before = Contents(kept);
+        record.next = 9;
+        std::optional<QString> error;
+        {
+            const FileSizeLimit full(16);
+            error = record.Save(path);
+        }
+        QCOMPARE(error.value_or(QString()), "cannot write " + QDir::toNativeSeparators(path) + ": " + reason);
+        QCOMPARE(Contents(kept), before);
+        QCOMPARE(QDir(m_folder.path()).entryList({"*.new"}, QDir::Files), QStringList());
+        QString loadError;
+        QCOMPARE(bool(LpProgressRecord::Load(path, &loadError)), !link);
+        QFile::remove(path);
+        QFile::remove(kept);
     }
 
     // Downloads broken by a meter that stops answering properly or a port that vanishes (a

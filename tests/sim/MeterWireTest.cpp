@@ -161,6 +161,25 @@ private slots:
         QCOMPARE(meter->holding(0x1050), quint16(fault.kind == Fault::Kind::Exception ? 5 : 9));
         QCOMPARE(send(kWrite, 8), kWrite);
     }
+
+    // A slow meter takes the requests that come while it is late and answers them all, in order.
+    void aSlowMeterAnswersEveryRequestInOrder()
+    {
+        meter->setSlowReplies(1, 300);
+        const QByteArray first = WithCrc(Body(15, 3, {0x1000, 1}));
+        const QByteArray second = WithCrc(Body(15, 3, {0x1002, 1}));
+        QCOMPARE(send(first + second, 14), WithCrc(QByteArray::fromHex("0f0302 000f")) + WithCrc(QByteArray::fromHex("0f0302 0001")));
+        QCOMPARE_GE(firstMs, 300);
+    }
+
+    // Noise with no quiet: a byte every millisecond; stopped, the meter is heard clearly again.
+    void noiseKeepsTheLineBusy()
+    {
+        meter->setNoise(50, 0);
+        QCOMPARE(send(QByteArray(), 200, 1000).size(), 200);
+        meter->setNoise(0, 0);
+        QCOMPARE(send(kWrite, 8), kWrite);
+    }
 };
 
 QTEST_GUILESS_MAIN(MeterWireTest)

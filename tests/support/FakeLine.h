@@ -81,6 +81,14 @@ public:
             at = m_replyingUntil = transmit(at + piece.pauseBefore, piece.bytes);
     }
 
+    // Another master or an unbiased pair picking up noise: a byte every `every` from `from`
+    // until `until`, whatever else is on the line.
+    void chatter(Time from, Time until, Time every)
+    {
+        for (Time at = from; at < until; at += every)
+            transmit(at, QByteArray(1, '\xFF'));
+    }
+
     QList<Answer> script;
     bool open = true;
     // A 2-wire adapter: each request comes back whole as it leaves the wire, ahead of any reply.
@@ -154,5 +162,5 @@ struct LinkOnFakeLine {
     RegisterLink link{line, onLine, clock};
     QStringList texts;  // the status texts shown
     QStringList echoes; // the requests shown in the frames view
-    QSignalSpy gaveUp{&link, &RegisterLink::gaveUp};
+    QSignalSpy gaveUp{&link, &RegisterLink::gaveUp}; // each with the reason for going off line
 };
