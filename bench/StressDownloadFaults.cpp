@@ -43,9 +43,12 @@ constexpr int kMaxInterruptions = 3; // planned per run
 constexpr int kResumeLimit = 20;    // continuations before a run counts as stuck
 constexpr int kStepWaitMs = 60000;  // a stretch of download without a word
 
-enum Kind { BadCrc, WrongAddress, PortVanished, Silence, kKinds };
+enum Kind { BadCrc, WrongAddress, PortVanished, Silence, BusyLine, kKinds };
 constexpr std::array<const char*, kKinds> kKindNames{"bad CRC x5", "wrong address x5", "port vanished",
-                                                     "silence x5"};
+                                                     "silence x5", "busy line"};
+// A meter that answers one request in this many 2.05 s late, and every request in order: the
+// download goes on through it with retries, without a stop.
+constexpr int kSlowEvery = 12;
 
 struct Totals {
     qint64 runs = 0;
@@ -57,6 +60,7 @@ struct Totals {
     qint64 stuckRuns = 0;
     qint64 questions = 0;
     qint64 unexplainedStops = 0; // the download stopped with no fault of ours behind it
+    qint64 slowRuns = 0;
     qint64 smallDisks = 0;
     qint64 diskFullStops = 0;
     qint64 linksPlanted = 0;
@@ -132,9 +136,14 @@ bool Run(sim::SimulatedMeterHost& meter, const QString& folder, QRandomGenerator
     on.choose(kGroup, first, last);
     LpDownload& download = on.download();
 
-    // The faults of this run: one to three, the last one silence in about one run of 100.
+    // The faults of this run: one to three, the last one silence in about one run of 100, a busy
+    // line in another one of 50 (each costs five attempts' waits). One run in 25 has a slow meter.
     const int planned = 1 + int(random.bounded(quint32(kMaxInterruptions)));
     const bool silence = random.bounded(100) == 0;
+    const bool busy = !silence && random.bounded(50) == 0;
+    const bool slow = random.bounded(25) == 0;
+    totals.slowRuns += slow;
+    meter.setSlowReplies(slow ? kSlowEvery : 0);
     int done = 0;
 
     // A fault strikes at a random request of those the download still has to send.
@@ -152,6 +161,7 @@ bool Run(sim::SimulatedMeterHost& meter, const QString& folder, QRandomGenerator
         case WrongAddress: meter.injectFault(Fault::wrongAddress(), RegisterLink::kAttempts); break;
         case Silence: meter.injectFault(Fault::noReply(), RegisterLink::kAttempts); break;
         case PortVanished: QTimer::singleShot(0, &link, [&meter] { meter.stop(); }); break;
+        case BusyLine: meter.setNoise(1, 0); break; // until the tool has gone off line
         case kKinds: break;
         }
     });
@@ -164,7 +174,8 @@ bool Run(sim::SimulatedMeterHost& meter, const QString& folder, QRandomGenerator
         const int stepsLeft = (last - next + LpDownload::kRecordsPerStep) / LpDownload::kRecordsPerStep;
         if (stepsLeft < 1)
             return;
-        kind = silence && done == planned - 1 ? Silence : Kind(random.bounded(3));
+        const bool lastFault = done == planned - 1;
+        kind = silence && lastFault ? Silence : busy && lastFault ? BusyLine : Kind(random.bounded(3));
         faultAt = 1 + int(random.bounded(quint32(2 * stepsLeft))); // a write and a read a step
         ++done;
     };
@@ -175,6 +186,10 @@ bool Run(sim::SimulatedMeterHost& meter, const QString& folder, QRandomGenerator
         if (disk)
             disk->Grow();
     };
+    QObject::connect(on.session.get(), &MeterSession::onLineChanged, &download, [&meter](bool onLine) {
+        if (!onLine)
+            meter.setNoise(0, 0);
+    });
     QObject::connect(&download, &LpDownload::finished, &download, [&](LpEnd end) {
         if (end == LpEnd::FileError)
             diskFull();
@@ -214,6 +229,7 @@ bool Run(sim::SimulatedMeterHost& meter, const QString& folder, QRandomGenerator
         start();
     }
     faultAt = 0;
+    meter.setSlowReplies(0);
     const QStringList beside = QDir(folder).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::System);
     if (Contents(outside) != outsideText || beside.size() != 2) {
         ++totals.outsideTouched;
@@ -313,6 +329,8 @@ int main(int argc, char* argv[])
                     static_cast<long long>(totals.injected[std::size_t(k)]),
                     static_cast<long long>(totals.struck[std::size_t(k)]));
     std::printf("  stops without a fault   %lld\n", static_cast<long long>(totals.unexplainedStops));
+    std::printf("  runs with a slow meter  %lld (1 reply in %d late by 2.05 s, all in order)\n",
+                static_cast<long long>(totals.slowRuns), kSlowEvery);
     std::printf("  small disks             %lld (stops on a full disk %lld)\n", static_cast<long long>(totals.smallDisks),
                 static_cast<long long>(totals.diskFullStops));
     std::printf("  links planted           %lld (refused %lld)\n", static_cast<long long>(totals.linksPlanted),
