@@ -30,15 +30,16 @@ public:
     bool Open(const QString& path)
     {
         m_file.setFileName(path);
-        m_toFile = !path.isEmpty();
-        if (!m_toFile)
+        if (path.isEmpty())
             return m_file.open(stdout, QIODevice::WriteOnly | QIODevice::Unbuffered);
-        return m_file.open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Unbuffered);
+        const bool opened = m_file.open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Unbuffered);
+        m_cutBack = opened && !m_file.isSequential();
+        return opened;
     }
     // A line is written whole or not at all: one cut short by a full disk is taken back out.
     bool Write(const QByteArray& line)
     {
-        const qint64 before = m_file.size();
+        const qint64 before = m_cutBack ? m_file.size() : 0;
         const qint64 written = m_file.write(line);
         if (written == line.size())
             return true;
@@ -46,7 +47,7 @@ public:
         if (written > 0)
             m_file.write(line.mid(written));
         m_reason = m_file.errorString(); // before the resize clears it
-        if (m_toFile)
+        if (m_cutBack)
             m_file.resize(before);
         return false;
     }
@@ -58,7 +59,7 @@ public:
 
 private:
     QFile m_file;
-    bool m_toFile = false; // stdout cannot be cut back
+    bool m_cutBack = false; // stdout, a pipe or a device cannot be cut back
     QString m_reason;
 };
 
