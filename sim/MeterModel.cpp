@@ -2,6 +2,8 @@
 
 #include "sim/FloatRegisters.h"
 
+#include <QByteArray>
+
 #include <algorithm>
 #include <bit>
 
@@ -47,7 +49,8 @@ constexpr int kClockDateFields = 6; // the weekday follows from the date
 
 // Model, firmware and hardware revision, serial number (two registers, high word first),
 // year of manufacture.
-constexpr std::array<quint16, 6> kMeterInfo{5820, 103, 2, 0, 4217, 2023};
+constexpr std::array<quint16, 6> kMeterInfo{5820, 103, 2, 0, 0, 2023};
+constexpr qsizetype kSerialInfo = 3;
 
 constexpr quint16 kDetectedWiring = 5; // the simulated system is three-phase four-wire
 
@@ -64,7 +67,7 @@ quint16 registerPair(char high, char low)
 } // namespace
 
 MeterModel::MeterModel(quint64 seed, const QDateTime& clock, SimClock::Mode mode)
-    : m_seed(seed), m_clock(clock, mode), m_load(seed), m_energy(seed), m_identification("QX5820  SN004217")
+    : m_seed(seed), m_clock(clock, mode), m_load(seed), m_energy(seed)
 {
     for (quint16 reg = kSettingsBlock.first; reg < kSettingsBlock.first + kSettingsBlock.count; ++reg)
         m_holding.insert(reg, 0);
@@ -106,6 +109,11 @@ void MeterModel::startWithLoad(LoadCharacter character)
     ThreePhaseLoad load(m_seed, character);
     load.setWiring(m_load.wiring());
     m_load = load;
+}
+
+void MeterModel::startWithSerialNumber(quint32 serial)
+{
+    m_serial = std::min<quint32>(serial, 999999);
 }
 
 void MeterModel::startWithWiring(const WiringFault& fault)
@@ -208,9 +216,12 @@ QList<quint16> MeterModel::infoImage() const
 {
     QList<quint16> image(kInfoBlock.count, 0);
     std::copy(kMeterInfo.cbegin(), kMeterInfo.cend(), image.begin());
+    image[kSerialInfo] = static_cast<quint16>(m_serial >> 16);
+    image[kSerialInfo + 1] = static_cast<quint16>(m_serial & 0xFFFF);
+    const QByteArray identification = QByteArrayLiteral("QX5820  SN") + QByteArray::number(m_serial).rightJustified(6, '0');
     const qsizetype text = Reg::kIdentification - kInfoBlock.first;
     for (int i = 0; i < Reg::kIdentificationLength / 2; ++i)
-        image[text + i] = registerPair(m_identification.at(2 * i), m_identification.at(2 * i + 1));
+        image[text + i] = registerPair(identification.at(2 * i), identification.at(2 * i + 1));
     return image;
 }
 

@@ -6,7 +6,6 @@
 #include "sim/SimClock.h"
 #include "sim/ThreePhaseLoad.h"
 
-#include <QByteArray>
 #include <QHash>
 #include <QList>
 
@@ -36,6 +35,7 @@ struct RegisterRead {
 // registers. Record areas serve zeros for interval numbers that hold no record.
 class MeterModel {
 public:
+    static constexpr quint32 kSerialNumber = 4217; // a meter's own unless told another
     explicit MeterModel(quint64 seed = 1, const QDateTime& clock = {}, SimClock::Mode mode = SimClock::Mode::Running);
 
     // Makes group `group` (0 or 1) hold `recorded` intervals (at most 65535), the last one
@@ -48,6 +48,9 @@ public:
     // the same wiring. Like startWithWiring, call it right after construction, before
     // startWithHistory.
     void startWithLoad(LoadCharacter character);
+    // Gives the meter another serial number (at most 999999), in its info registers and its
+    // identification text: meters sharing a line tell themselves apart by it.
+    void startWithSerialNumber(quint32 serial);
     // Connects the meter to its load with that fault from power-on: the measurements, the
     // phase sequence, the energy counters and the records follow it.
     void startWithWiring(const WiringFault& fault);
@@ -99,7 +102,7 @@ private:
     std::array<LoadProfileGroup, 2> m_groups;
     QHash<quint16, quint16> m_holding;
     QHash<quint16, quint16> m_inputOverrides;
-    QByteArray m_identification;
+    quint32 m_serial = kSerialNumber;
 };
 
 } // namespace sim

@@ -1,40 +1,21 @@
 #pragma once
 
 #include "sim/FaultQueue.h"
-#include "sim/MeterModel.h"
+#include "sim/MeterBus.h"
 #include "sim/RequestLog.h"
-
-#include <QMutex>
 
 #include <atomic>
 #include <utility>
+#include <vector>
 
 namespace sim {
 
-// The register model behind a lock: the meter's thread answers from it while tests and the
-// tool's window read and change it from theirs.
-class SharedMeterModel {
-public:
-    explicit SharedMeterModel(MeterModel model) : m_model(std::move(model)) {}
-
-    template <class Function>
-    auto with(Function&& function)
-    {
-        QMutexLocker lock(&m_mutex);
-        return std::forward<Function>(function)(m_model);
-    }
-
-private:
-    QMutex m_mutex;
-    MeterModel m_model;
-};
-
-// Everything the meter's thread shares with the threads that drive it; each part guards
-// itself.
+// Everything the line's thread shares with the threads that drive it; each part guards
+// itself. Faults, the log, pacing and noise belong to the line, whichever meter answers.
 struct MeterSharedState {
-    explicit MeterSharedState(MeterModel initial) : model(std::move(initial)) {}
+    explicit MeterSharedState(std::vector<MeterModel> initial) : meters(std::move(initial)) {}
 
-    SharedMeterModel model;
+    MeterBus meters;
     FaultQueue faults;
     RequestLog log;
     // Line pacing: replies take the wire time of the line the master set, after the meter's

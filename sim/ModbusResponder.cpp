@@ -76,6 +76,21 @@ QByteArray answer(MeterModel& model, const QByteArray& request)
     }
 }
 
+std::optional<quint16> valueWritten(const QByteArray& request, quint16 reg)
+{
+    const quint8 function = static_cast<quint8>(request.at(1));
+    if (function == Rtu::kWriteSingle)
+        return wordAt(request, 2) == reg ? std::optional(wordAt(request, 4)) : std::nullopt;
+    if (function != Rtu::kWriteMultiple || request.size() < kWriteMultipleHeader)
+        return std::nullopt;
+    const quint16 start = wordAt(request, 2);
+    const quint16 count = wordAt(request, 4);
+    const bool wellFormed = static_cast<quint8>(request.at(6)) == 2 * count && request.size() >= kWriteMultipleHeader + 2 * count;
+    if (!wellFormed || reg < start || reg - start >= count)
+        return std::nullopt;
+    return wordAt(request, kWriteMultipleHeader + 2 * (reg - start));
+}
+
 QByteArray exceptionReply(quint8 address, quint8 function, quint8 code)
 {
     QByteArray body;

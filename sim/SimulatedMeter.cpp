@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
-#include <tuple>
 #include <unistd.h>
 
 namespace sim {
@@ -148,32 +147,42 @@ void SimulatedMeter::frameGapElapsed()
 
 void SimulatedMeter::handle(const ReceivedFrame& frame)
 {
-    const auto [ownAddress, baud, stopBits] = m_shared.model.with([](MeterModel& model) {
-        return std::tuple(model.slaveAddress(), model.baudRate(), model.stopBits());
-    });
-    // At another speed the meter's receiver sees only garbage, and with other stop bits its
-    // UART reports framing errors: either way the request is dropped unread.
-    if (paced() && (m_line.baud != baud || m_line.stopBits != stopBits))
+    // At another speed a meter's receiver sees only garbage, and with other stop bits its
+    // UART reports framing errors: either way that meter drops the request unread.
+    QList<BusMeter*> hearing;
+    for (BusMeter& meter : m_shared.meters) {
+        const bool understood = !paced() || meter.model.with([&](MeterModel& model) {
+            return model.baudRate() == m_line.baud && model.stopBits() == m_line.stopBits;
+        });
+        if (understood)
+            hearing.append(&meter);
+    }
+    if (hearing.isEmpty())
         return;
     const quint64 sequence = m_shared.log.append(frame.bytes, frame.firstByteAt);
     const auto address = static_cast<quint8>(frame.bytes.at(0));
-    if (address == kBroadcastAddress) {
-        // Everyone obeys a broadcast and nobody answers it.
-        m_shared.model.with([&](MeterModel& model) { return ModbusResponder::answer(model, frame.bytes); });
-        return;
+    for (BusMeter* meter : std::as_const(hearing)) {
+        if (meter->silent)
+            continue;
+        if (address == kBroadcastAddress) {
+            // Everyone obeys a broadcast and nobody answers it.
+            m_shared.meters.answer(*meter, frame.bytes);
+        } else if (meter->address() == address) {
+            // A half-duplex line still carrying one reply takes no next request; a slow meter
+            // queues it.
+            if (!m_answering || m_shared.slowEvery > 0)
+                answer(*meter, frame, sequence);
+            return;
+        }
     }
-    // A half-duplex slave still answering one request does not take the next; a slow one
-    // queues it.
-    if (address == ownAddress && (!m_answering || m_shared.slowEvery > 0))
-        answer(frame, sequence);
 }
 
-void SimulatedMeter::answer(const ReceivedFrame& frame, quint64 sequence)
+void SimulatedMeter::answer(BusMeter& meter, const ReceivedFrame& frame, quint64 sequence)
 {
     const std::optional<Fault> fault = m_shared.faults.takeNext();
     const QByteArray reply = fault && fault->kind == Fault::Kind::Exception
         ? ModbusResponder::exceptionReply(static_cast<quint8>(frame.bytes.at(0)), static_cast<quint8>(frame.bytes.at(1)), fault->exceptionCode)
-        : m_shared.model.with([&](MeterModel& model) { return ModbusResponder::answer(model, frame.bytes); });
+        : m_shared.meters.answer(meter, frame.bytes);
     const QList<WireSegment> segments = fault ? fault->shape(reply) : QList<WireSegment>{{reply}};
     if (segments.isEmpty())
         return;

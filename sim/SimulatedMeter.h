@@ -20,9 +20,10 @@
 namespace sim {
 
 // The QX-5820 as a Modbus RTU slave on a pseudo-terminal, or behind a device server on a TCP
-// port. Lives on the thread whose event loop serves it (see SimulatedMeterHost): it reads
-// requests as they arrive, answers from the shared register model and, on the
-// pseudo-terminal, paces its replies like a real line.
+// port; or several of them sharing that line, each at its own address. Lives on the thread
+// whose event loop serves it (see SimulatedMeterHost): it reads requests as they arrive,
+// answers from the shared register model of the meter addressed and, on the pseudo-terminal,
+// paces its replies like a real line.
 class SimulatedMeter : public QObject {
     Q_OBJECT
 public:
@@ -57,7 +58,7 @@ private:
     void receive();
     void frameGapElapsed();
     void handle(const ReceivedFrame& frame);
-    void answer(const ReceivedFrame& frame, quint64 sequence);
+    void answer(BusMeter& meter, const ReceivedFrame& frame, quint64 sequence);
     std::chrono::milliseconds lateness();
     void sendNextReply(SteadyTime lineFreeAt);
     void replyFinished(SteadyTime at);

@@ -5,8 +5,22 @@
 #include <QUrl>
 
 namespace sim {
+namespace {
 
-SimulatedMeterHost::SimulatedMeterHost(MeterModel meter) : m_shared(std::move(meter))
+std::vector<MeterModel> alone(MeterModel meter)
+{
+    std::vector<MeterModel> bus;
+    bus.push_back(std::move(meter));
+    return bus;
+}
+
+} // namespace
+
+SimulatedMeterHost::SimulatedMeterHost(MeterModel meter) : SimulatedMeterHost(alone(std::move(meter)))
+{
+}
+
+SimulatedMeterHost::SimulatedMeterHost(std::vector<MeterModel> bus) : m_shared(std::move(bus))
 {
     m_thread.setObjectName(QStringLiteral("QX-5820 simulated meter"));
 }
@@ -67,6 +81,14 @@ void SimulatedMeterHost::setNoise(int burstMs, int quietMs)
     m_shared.noiseQuietMs = quietMs;
     if (m_meter)
         QMetaObject::invokeMethod(m_meter, &SimulatedMeter::startNoise, Qt::BlockingQueuedConnection);
+}
+
+bool SimulatedMeterHost::setSilent(quint8 address, bool silent)
+{
+    BusMeter* found = m_shared.meters.find(address);
+    if (found)
+        found->silent = silent;
+    return found != nullptr;
 }
 
 void SimulatedMeterHost::stop()

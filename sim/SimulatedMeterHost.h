@@ -7,8 +7,8 @@
 
 #include <functional>
 #include <optional>
-
 #include <utility>
+#include <vector>
 
 namespace sim {
 
@@ -18,9 +18,14 @@ class SimulatedMeter;
 // blocks in nested event loops while it waits for replies, and the meter must go on
 // answering meanwhile. Faults, the request log, pacing and the register model may be used
 // from any thread but the meter's own; start() and stop() belong to the host's owner.
+//
+// A host may instead run several meters on one line, as on an RS-485 bus: each answers at the
+// address it holds, and the calls on "the" model below reach the first of them.
 class SimulatedMeterHost {
 public:
     explicit SimulatedMeterHost(MeterModel meter = MeterModel());
+    // At least one meter; no two at one address.
+    explicit SimulatedMeterHost(std::vector<MeterModel> bus);
     ~SimulatedMeterHost();
     SimulatedMeterHost(const SimulatedMeterHost&) = delete;
     SimulatedMeterHost& operator=(const SimulatedMeterHost&) = delete;
@@ -69,8 +74,18 @@ public:
     template <class Function>
     auto withModel(Function&& function)
     {
-        return m_shared.model.with(std::forward<Function>(function));
+        return m_shared.meters.first().model.with(std::forward<Function>(function));
     }
+
+    // The meter of the line that holds `address` now, or nullptr.
+    SharedMeterModel* meter(quint8 address)
+    {
+        BusMeter* found = m_shared.meters.find(address);
+        return found ? &found->model : nullptr;
+    }
+    // The meter at `address` stops answering or obeying anything (or starts again), as one
+    // switched off would; false when no meter holds that address.
+    bool setSilent(quint8 address, bool silent = true);
 
     quint16 holding(quint16 reg) { return withModel([&](MeterModel& m) { return m.holding(reg); }); }
     quint16 input(quint16 reg) { return withModel([&](MeterModel& m) { return m.input(reg); }); }

@@ -1,5 +1,5 @@
-// qx5820-sim: a simulated QX-5820 meter on a pseudo-terminal, or behind a simulated device
-// server on a TCP port. Prints the device or address to open as its first line, then answers
+// qx5820-sim: a simulated QX-5820 meter, or several sharing one RS-485 line, on a
+// pseudo-terminal or behind a simulated device server on a TCP port. Prints the device or address to open as its first line, then answers
 // Modbus RTU requests until SIGINT or SIGTERM.
 
 #include "sim/MeterRegisters.h"
@@ -11,13 +11,18 @@
 #include <QCoreApplication>
 #include <QTextStream>
 
+#include <algorithm>
 #include <optional>
 #include <utility>
+#include <vector>
 
 namespace {
 
+constexpr uint kLastAddress = 247;
+
 struct Options {
-    quint16 address = 15;
+    QList<quint8> addresses; // of the meters on the line, in order
+    QList<quint8> silent;    // of those that never answer
     quint64 seed = 1;
     bool pacing = true;
     int turnaroundMs = 3;
@@ -42,6 +47,27 @@ std::optional<int> wholeNumber(const QCommandLineParser& parser, const QCommandL
     return std::nullopt;
 }
 
+// Addresses of 1 to 247 from a list such as "1,2,5-9", each once; nothing when it is not one.
+std::optional<QList<quint8>> addressList(const QString& text)
+{
+    QList<quint8> addresses;
+    for (const QString& item : text.split(u',')) {
+        const QStringList ends = item.split(u'-');
+        bool firstOk = false;
+        bool lastOk = false;
+        const uint first = ends.constFirst().trimmed().toUInt(&firstOk);
+        const uint last = ends.constLast().trimmed().toUInt(&lastOk);
+        if (ends.size() > 2 || !firstOk || !lastOk || first < 1 || first > last || last > kLastAddress)
+            return std::nullopt;
+        for (uint address = first; address <= last; ++address) {
+            if (addresses.contains(quint8(address)))
+                return std::nullopt;
+            addresses.append(quint8(address));
+        }
+    }
+    return addresses;
+}
+
 // The options, or the reason they cannot be used.
 std::optional<Options> parse(const QCoreApplication& app, QString& error)
 {
@@ -52,6 +78,12 @@ std::optional<Options> parse(const QCoreApplication& app, QString& error)
         "and runs until interrupted."));
     parser.addHelpOption();
     const QCommandLineOption address(QStringLiteral("address"), QStringLiteral("Slave address (1-247)."), QStringLiteral("N"), QStringLiteral("15"));
+    const QCommandLineOption bus(QStringLiteral("bus"),
+        QStringLiteral("Several meters on the one line instead, at these addresses (\"1,2,5-9\"), each with its own "
+                       "serial number, load and settings: the n-th has the serial number and the seed of the first plus n-1."),
+        QStringLiteral("LIST"));
+    const QCommandLineOption silent(QStringLiteral("silent"),
+        QStringLiteral("The meters at these addresses stay on the line but never answer, as if switched off."), QStringLiteral("LIST"));
     const QCommandLineOption seed(QStringLiteral("seed"), QStringLiteral("Seed of the simulated load."), QStringLiteral("N"), QStringLiteral("1"));
     const QCommandLineOption noPacing(QStringLiteral("no-pacing"), QStringLiteral("Answer without line timing, at any line speed."));
     const QCommandLineOption turnaround(QStringLiteral("turnaround"), QStringLiteral("Turnaround before each reply."), QStringLiteral("MS"), QStringLiteral("3"));
@@ -77,17 +109,34 @@ std::optional<Options> parse(const QCoreApplication& app, QString& error)
     const QCommandLineOption quiet(QStringLiteral("quiet"),
         QStringLiteral("Quiet between the noise bursts (0: the line is never quiet, as with another master on it)."),
         QStringLiteral("MS"), QStringLiteral("0"));
-    parser.addOptions({address, seed, noPacing, turnaround, history, wiringFault, powerFactor, leading, tcp, slowEvery, slowMs, noise, quiet});
+    parser.addOptions({address, bus, silent, seed, noPacing, turnaround, history, wiringFault, powerFactor, leading, tcp, slowEvery, slowMs, noise, quiet});
     parser.process(app);
 
     Options options;
     bool ok = true;
     const uint addressValue = parser.value(address).toUInt(&ok);
-    if (!ok || addressValue < 1 || addressValue > 247) {
+    if (!ok || addressValue < 1 || addressValue > kLastAddress) {
         error = QStringLiteral("--address must be 1 to 247");
         return std::nullopt;
     }
-    options.address = static_cast<quint16>(addressValue);
+    options.addresses = {quint8(addressValue)};
+    if (parser.isSet(bus)) {
+        const std::optional<QList<quint8>> addresses = addressList(parser.value(bus));
+        if (!addresses || parser.isSet(address)) {
+            error = QStringLiteral("--bus must list addresses of 1 to 247 (\"1,2,5-9\"), each once, without --address");
+            return std::nullopt;
+        }
+        options.addresses = *addresses;
+    }
+    if (parser.isSet(silent)) {
+        const std::optional<QList<quint8>> addresses = addressList(parser.value(silent));
+        const bool served = addresses && std::all_of(addresses->cbegin(), addresses->cend(), [&](quint8 a) { return options.addresses.contains(a); });
+        if (!served) {
+            error = QStringLiteral("--silent must list addresses the simulator serves");
+            return std::nullopt;
+        }
+        options.silent = *addresses;
+    }
     options.seed = parser.value(seed).toULongLong(&ok);
     if (!ok) {
         error = QStringLiteral("--seed must be a whole number");
@@ -161,16 +210,22 @@ int main(int argc, char* argv[])
         return 2;
     }
 
-    sim::MeterModel model(options->seed);
-    if (options->load)
-        model.startWithLoad(*options->load);
-    model.startWithWiring(options->wiring);
-    if (options->history) {
-        for (int group = 0; group < 2; ++group)
-            model.startWithHistory(group, *options->history);
+    std::vector<sim::MeterModel> meters;
+    for (qsizetype n = 0; n < options->addresses.size(); ++n) {
+        sim::MeterModel& model = meters.emplace_back(options->seed + quint64(n));
+        if (options->load)
+            model.startWithLoad(*options->load);
+        model.startWithWiring(options->wiring);
+        if (options->history) {
+            for (int group = 0; group < 2; ++group)
+                model.startWithHistory(group, *options->history);
+        }
+        model.startWithSerialNumber(sim::MeterModel::kSerialNumber + quint32(n));
+        model.setHolding(sim::Reg::kSlaveAddress, options->addresses[n]);
     }
-    sim::SimulatedMeterHost host(std::move(model));
-    host.setHolding(sim::Reg::kSlaveAddress, options->address);
+    sim::SimulatedMeterHost host(std::move(meters));
+    for (quint8 address : options->silent)
+        host.setSilent(address);
     host.setPacing(options->pacing);
     host.setTurnaround(options->turnaroundMs);
     host.setSlowReplies(options->slowEvery, options->slowMs);

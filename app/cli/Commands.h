@@ -10,3 +10,4 @@ int RunWatch(const QStringList& arguments);
 int RunSet(const QStringList& arguments);
 int RunScan(const QStringList& arguments);
 int RunLp(const QStringList& arguments);
+int RunConfig(const QStringList& arguments);

@@ -27,6 +27,7 @@ const Command kCommands[] = {
     {"watch", QStringLiteral("poll continuously, one CSV or JSON line a tick (--count, --output)"), RunWatch},
     {"lp", QStringLiteral("lp download: a load-profile group's intervals into its CSV file (--group, --continue)"), RunLp},
     {"set", QStringLiteral("write one setting and confirm it from the readings (set --help lists them)"), RunSet},
+    {"config", QStringLiteral("config save|diff|apply FILE: the meter's configuration as a file, compared, written"), RunConfig},
     {"scan", QStringLiteral("look for a meter over addresses %1 and both baud rates").arg(kAddresses), RunScan},
 };
 

@@ -6,6 +6,7 @@
 #include <QtTest>
 
 #include <memory>
+#include <utility>
 
 // A bitwise CRC-16 of the tests' own, so that a mistake in the meter's CRC is not matched by
 // the same mistake on this side.
@@ -32,15 +33,24 @@ inline QByteArray Body(quint8 address, quint8 function, const QList<quint16>& fi
     return body;
 }
 
-// A fresh meter for each test, its time frozen so that every read is repeatable, and the
-// master's end of its line: a QSerialPort as the tool opens it, at the meter's 19200 8N1.
+// A meter whose time is frozen, so that every read is repeatable.
+inline sim::MeterModel FrozenMeter(quint64 seed = 42)
+{
+    return sim::MeterModel(seed, QDateTime(QDate(2026, 11, 15), QTime(23, 59, 7), Qt::UTC), sim::SimClock::Mode::Frozen);
+}
+
+// A fresh meter (or several on one line) for each test, and the master's end of its line: a
+// QSerialPort as the tool opens it, at the meter's 19200 8N1.
 struct MeterLine {
     // Also ends the previous test's meter, if any.
     bool begin(QSerialPort::StopBits stopBits = QSerialPort::OneStop)
     {
+        return begin(std::make_unique<sim::SimulatedMeterHost>(FrozenMeter()), stopBits);
+    }
+    bool begin(std::unique_ptr<sim::SimulatedMeterHost> host, QSerialPort::StopBits stopBits = QSerialPort::OneStop)
+    {
         port.close();
-        meter = std::make_unique<sim::SimulatedMeterHost>(sim::MeterModel(
-            42, QDateTime(QDate(2026, 11, 15), QTime(23, 59, 7), Qt::UTC), sim::SimClock::Mode::Frozen));
+        meter = std::move(host);
         port.setPortName(meter->start().path);
         port.setBaudRate(19200);
         port.setStopBits(stopBits);

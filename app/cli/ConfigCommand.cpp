@@ -1,0 +1,208 @@
+// config save|diff|apply FILE: a meter's configuration as a file. apply writes each setting
+// that differs through the same request, dispatcher order and read-back as `set`.
+#include "app/cli/Commands.h"
+#include "app/cli/CommandLine.h"
+#include "app/cli/ConsoleSession.h"
+#include "app/cli/ExitCodes.h"
+#include "settings/MeterConfiguration.h"
+#include "settings/SettingTable.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QSaveFile>
+#include <QTextStream>
+
+namespace {
+
+const QCommandLineOption kWithCommunication(QStringLiteral("with-communication"),
+    QStringLiteral("Include the address, baud rate and stop bits (left alone by default, so that one file serves many meters)."));
+const QCommandLineOption kYes(QStringLiteral("yes"),
+    QStringLiteral("apply: write a load-profile group whose channel count changes, deleting its records."));
+
+const QString kDescription = QStringLiteral(
+    "save FILE: reads the meter and writes its configuration to FILE.\n"
+    "diff FILE: the file's settings beside the meter's; exit 0 when they match, 1 when they differ.\n"
+    "apply FILE: writes the settings that differ and waits for the meter to show each; exit 5 when\n"
+    "one is refused or not confirmed.");
+
+inline constexpr int kExitDiffers = 1;
+
+struct Options {
+    QString file;
+    bool withCommunication = false;
+    bool yes = false;
+};
+
+// Whether a setting is part of what diff and apply judge.
+bool Judged(Setting setting, const Options& options)
+{
+    return options.withCommunication || !IsCommunication(setting);
+}
+
+// Nothing after a message on stderr and the exit status in `status`.
+std::optional<MeterConfiguration> ReadFile(const QString& path, int* status)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        *status = Fail(kExitBadArguments, QStringLiteral("cannot read %1: %2").arg(QDir::toNativeSeparators(path), file.errorString()));
+        return std::nullopt;
+    }
+    ParsedConfiguration parsed = ParseConfiguration(file.readAll());
+    if (!parsed.configuration)
+        *status = Fail(kExitRefused, QStringLiteral("%1 refused: %2").arg(QDir::toNativeSeparators(path), parsed.error));
+    return parsed.configuration;
+}
+
+int Save(ConsoleSession& console, const Options& options)
+{
+    const std::optional<MeterReading> reading = console.NextReading();
+    if (!reading)
+        return console.Ended();
+    const ConfigurationSource source{QString::fromLatin1(reading->identification), reading->takenAt,
+                                     QCoreApplication::applicationVersion()};
+    const MeterConfiguration configuration = ConfigurationOf(*reading, source);
+    // Written beside and renamed over: a failed write leaves the old file as it was.
+    QSaveFile file(options.file);
+    if (!file.open(QIODevice::WriteOnly) || file.write(ConfigurationJson(configuration)) < 0 || !file.commit())
+        return Fail(kExitFileError, QStringLiteral("cannot write %1: %2").arg(QDir::toNativeSeparators(options.file), file.errorString()));
+    QTextStream(stdout) << "Saved " << QDir::toNativeSeparators(options.file) << ": " << configuration.settings.size()
+                        << " settings of the meter " << source.identification.trimmed() << Qt::endl;
+    return kExitOk;
+}
+
+int Diff(ConsoleSession& console, const MeterConfiguration& configuration, const Options& options)
+{
+    const std::optional<MeterReading> reading = console.NextReading();
+    if (!reading)
+        return console.Ended();
+    QTextStream out(stdout);
+    bool differs = false;
+    for (const SettingComparison& c : Compare(configuration, *reading)) {
+        const bool judged = Judged(c.item.setting, options);
+        differs = differs || (judged && c.differs);
+        const QString mark = !c.differs ? QStringLiteral(" ") : judged ? QStringLiteral("≠") : QStringLiteral("~");
+        out << mark << ' ' << SpecOf(c.item.setting).name << ": file " << c.file << ", meter " << c.meter << '\n';
+    }
+    out << (differs ? "The meter differs from the file (≠)." : "The meter matches the file.");
+    if (!options.withCommunication)
+        out << " Communication settings (~) count only with --with-communication.";
+    out << Qt::endl;
+    return differs ? kExitDiffers : kExitOk;
+}
+
+// Whether a group's write changes its channel count, which deletes its records.
+bool DeletesRecords(const ConfiguredSetting& item, const MeterReading& reading)
+{
+    if (item.setting != Setting::LpGroup1 && item.setting != Setting::LpGroup2)
+        return false;
+    const int group = item.setting == Setting::LpGroup1 ? 0 : 1;
+    return int(item.value.fields.value(0)) != reading.loadProfile[std::size_t(group)].channelCount;
+}
+
+// Writes one setting and waits for its outcome; the status to end with, kExitOk when confirmed.
+int Write(ConsoleSession& console, const ConfiguredSetting& item, bool* ended)
+{
+    MeterSession& session = console.session();
+    const quint64 id = session.Request(item.setting, item.value);
+    const auto settled = [&session, id] {
+        const SettingOutcome* outcome = session.settings.history.Find(id);
+        return outcome != nullptr && outcome->Final();
+    };
+    if (!console.Await(settled) && !settled()) {
+        *ended = true;
+        return console.Ended();
+    }
+    const SettingOutcome outcome = *session.settings.history.Find(id);
+    const QString line = QStringLiteral("%1: %2 → %3: %4").arg(SettingName(item.setting), outcome.from, outcome.to, outcome.Text());
+    if (outcome.result == SettingOutcome::Confirmed) {
+        QTextStream(stdout) << line << Qt::endl;
+        return kExitOk;
+    }
+    return Fail(kExitRefused, line);
+}
+
+int Apply(ConsoleSession& console, const MeterConfiguration& configuration, const Options& options)
+{
+    const std::optional<MeterReading> before = console.NextReading();
+    if (!before)
+        return console.Ended();
+    int status = kExitOk;
+    int written = 0;
+    for (const SettingComparison& c : Compare(configuration, *before)) {
+        if (!c.differs)
+            continue;
+        const SettingSpec& entry = SpecOf(c.item.setting);
+        const QString change = QStringLiteral("%1: %2 → %3").arg(entry.name, c.meter, c.file);
+        if (!Judged(c.item.setting, options)) {
+            QTextStream(stdout) << change << ": left as it is (--with-communication writes it)" << Qt::endl;
+            continue;
+        }
+        if (!options.yes && DeletesRecords(c.item, console.session().Reading())) {
+            status = Fail(kExitRefused, QStringLiteral("%1: not sent: %2: %3 Add --yes to confirm.").arg(change, entry.caption, entry.question.trimmed()));
+            continue;
+        }
+        ++written;
+        bool ended = false;
+        if (const int result = Write(console, c.item, &ended); result != kExitOk) {
+            if (ended)
+                return result;
+            status = result;
+        }
+    }
+    if (written == 0 && status == kExitOk)
+        QTextStream(stdout) << "The meter matches the file: nothing was written." << Qt::endl;
+    return status;
+}
+
+int RunSub(const QString& name, const QStringList& arguments)
+{
+    CommandLine line(QStringLiteral("config ") + name, kDescription, true);
+    if (name != QLatin1String("save"))
+        line.Add(kWithCommunication);
+    if (name == QLatin1String("apply"))
+        line.Add(kYes);
+    line.AddPositional(QStringLiteral("FILE"), QStringLiteral("The configuration file (JSON)."));
+    if (const auto status = line.Parse(arguments))
+        return *status;
+    if (line.Positional().size() != 1)
+        return Fail(kExitBadArguments, QStringLiteral("usage: qx5820 config %1 FILE [options]").arg(name));
+    const std::optional<LineOptions> lineOptions = line.Line();
+    if (!lineOptions)
+        return kExitBadArguments;
+    const bool save = name == QLatin1String("save");
+    const Options options{line.Positional().first(), !save && line.IsSet(kWithCommunication),
+                          name == QLatin1String("apply") && line.IsSet(kYes)};
+
+    // The file is checked whole before anything goes on line.
+    std::optional<MeterConfiguration> configuration;
+    if (!save) {
+        int status = kExitOk;
+        configuration = ReadFile(options.file, &status);
+        if (!configuration)
+            return status;
+    }
+    ConsoleSession console(*lineOptions);
+    if (const int status = console.GoOnLine(); status != kExitOk)
+        return status;
+    if (save)
+        return Save(console, options);
+    if (name == QLatin1String("diff"))
+        return Diff(console, *configuration, options);
+    return Apply(console, *configuration, options);
+}
+
+} // namespace
+
+int RunConfig(const QStringList& arguments)
+{
+    const QString word = arguments.value(0);
+    if (word == QLatin1String("save") || word == QLatin1String("diff") || word == QLatin1String("apply"))
+        return RunSub(word, arguments.mid(1));
+    if (word == QLatin1String("-h") || word == QLatin1String("--help")) {
+        QTextStream(stdout) << "Usage: qx5820 config save|diff|apply FILE [options]\n" << kDescription << '\n';
+        return kExitOk;
+    }
+    return Fail(kExitBadArguments, word.isEmpty() ? QStringLiteral("config needs a sub-command: save, diff or apply")
+                                                  : QStringLiteral("unknown config sub-command \"%1\": save, diff or apply").arg(word));
+}
