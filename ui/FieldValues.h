@@ -17,3 +17,6 @@ SourcedValue ValueOfFields(Setting setting, const QList<QWidget*>& fields);
 // The same, read when the command is served: text typed after the click counts, and is
 // checked then.
 ValueSource FieldsSource(Setting setting, const QList<QWidget*>& fields);
+// Puts `value` into `fields` as the operator would pick or type it: a choice selects its
+// entry, a typed number is shown as typed.
+void ShowValue(Setting setting, const SettingValue& value, const QList<QWidget*>& fields);

@@ -24,6 +24,7 @@ FormBinding::FormBinding(MainForm& form)
       session(SessionPorts{prompts, intervalLists, clock}),
       settingsTab(form, session, prompts),
       loadProfile(form, session, prompts),
+      configuration(form, session, prompts, settingsTab),
       portList(form.Combo_CommPort, session, prompts, &form),
       m_form(form),
       m_screen(form),

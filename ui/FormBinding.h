@@ -3,6 +3,7 @@
 #include "ports/Clock.h"
 #include "session/MeterSession.h"
 #include "ui/ComboIntervalLists.h"
+#include "ui/ConfigurationBinding.h"
 #include "ui/LoadProfileBinding.h"
 #include "ui/PortListBinding.h"
 #include "ui/RealTimeDisplay.h"
@@ -29,6 +30,7 @@ public:
     MeterSession session;
     SettingsTabBinding settingsTab;
     LoadProfileBinding loadProfile;
+    ConfigurationBinding configuration;
     PortListBinding portList;
 
 private:

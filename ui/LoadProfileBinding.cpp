@@ -22,6 +22,15 @@ constexpr Setting kGroupClears[] = {Setting::LpClear1, Setting::LpClear2};
 
 } // namespace
 
+QList<QWidget*> GroupFields(const MainForm& form, int group)
+{
+    const ControlArray<QComboBox>& lists = group == 0 ? form.Combo_G1_Setting : form.Combo_G2_Setting;
+    QList<QWidget*> fields;
+    for (int element : lists.indices())
+        fields.append(lists(element));
+    return fields;
+}
+
 LoadProfileBinding::LoadProfileBinding(MainForm& form, MeterSession& session, OperatorPrompts& prompts)
     : m_form(form), m_session(session), m_prompts(prompts)
 {
@@ -51,11 +60,8 @@ LoadProfileBinding::LoadProfileBinding(MainForm& form, MeterSession& session, Op
 // when the command is served.
 void LoadProfileBinding::SendGroupSetting(int group)
 {
-    const ControlArray<QComboBox>& lists = group == 0 ? m_form.Combo_G1_Setting : m_form.Combo_G2_Setting;
-    QList<QWidget*> fields;
-    for (int element : lists.indices())
-        fields.append(lists(element));
-    const bool sameCount = lists(0)->currentText() == m_form.Text_LP_Data_Counter(group)->text();
+    const QList<QWidget*> fields = GroupFields(m_form, group);
+    const bool sameCount = FieldText(fields[0]) == m_form.Text_LP_Data_Counter(group)->text();
     const Setting setting = kGroupSettings[group];
     RequestConfirmed(m_session, setting, FieldsSource(setting, fields), [this, setting, sameCount] {
         return sameCount || m_prompts.Confirm(SpecOf(setting).caption, SpecOf(setting).question);

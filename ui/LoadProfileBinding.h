@@ -10,6 +10,10 @@ class MeterSession;
 class OperatorPrompts;
 class QComboBox;
 class QLabel;
+class QWidget;
+
+// Group `group`'s lists (0 for group 1): the channel count, the interval, then the codes.
+QList<QWidget*> GroupFields(const MainForm& form, int group);
 
 // Binds the "Load Profile" tab to the session: each group's set-up and clear, the group chosen
 // for download, the download's range with its checks, the face of its button, and why the last

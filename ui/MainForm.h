@@ -122,6 +122,10 @@ public:
     // What the meter holds now, beside each setting.
     QMap<Setting, QLineEdit*> SettingReadbacks;
     QTableWidget* tbl_SettingsHistory = nullptr;
+    // The meter's configuration as a file, and its values taken into the fields above.
+    QPushButton* cmd_SaveConfig = nullptr;
+    QPushButton* cmd_ApplyConfig = nullptr;
+    QPushButton* cmd_TakeMeterValues = nullptr;
 
     // "Load Profile" tab. Setting element 0 is the channel count, 1 the interval in minutes,
     // 2 onward the channel codes. Status element 0 is group 1, element 1 group 2.

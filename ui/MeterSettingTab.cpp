@@ -155,6 +155,22 @@ QWidget* BuildClockFrame(MainForm& form)
     return frame;
 }
 
+QWidget* BuildConfigurationFrame(MainForm& form)
+{
+    form.cmd_SaveConfig = MeterButton(QStringLiteral("cmd_SaveConfig"), QStringLiteral("Save configuration…"),
+        QStringLiteral("Save the meter's settings to a configuration file"));
+    form.cmd_ApplyConfig = MeterButton(QStringLiteral("cmd_ApplyConfig"), QStringLiteral("Apply configuration…"),
+        QStringLiteral("Write the settings of a configuration file that differ to the meter"));
+    form.cmd_TakeMeterValues = MeterButton(QStringLiteral("cmd_TakeMeterValues"), QStringLiteral("Take the meter's values"),
+        QStringLiteral("Fill the setting fields with what the meter holds now"));
+    auto* frame = new QGroupBox(QStringLiteral("Configuration"));
+    auto* row = new QHBoxLayout(frame);
+    for (QPushButton* button : {form.cmd_SaveConfig, form.cmd_ApplyConfig, form.cmd_TakeMeterValues})
+        row->addWidget(button);
+    row->addStretch(1);
+    return frame;
+}
+
 // A titled read-only list with its title above it.
 QWidget* TitledNotes(const QString& title, QPlainTextEdit* notes)
 {
@@ -240,6 +256,7 @@ QWidget* MainForm::BuildMeterSettingTab()
     left->addStretch(1);
     auto* right = new QVBoxLayout;
     right->addWidget(BuildDisplayFrame(*this), 3);
+    right->addWidget(BuildConfigurationFrame(*this));
     right->addWidget(BuildHistoryFrame(*this), 2);
     auto* columns = new QHBoxLayout(tab);
     columns->addLayout(left, 1);

@@ -12,6 +12,8 @@
 #include <QPushButton>
 #include <QTableWidget>
 
+#include <algorithm>
+
 namespace {
 
 // A meter value other than the one chosen: marked in colour and in the text itself.
@@ -101,13 +103,22 @@ void SettingsTabBinding::Combo_Modbus_add_sel_Validate()
         m_session.ChooseAddress(m_form.Combo_Modbus_add_sel->currentText());
 }
 
+const SettingsTabBinding::SettingButton* SettingsTabBinding::ButtonOf(Setting setting) const
+{
+    const auto at = std::find_if(m_buttons.begin(), m_buttons.end(), [setting](const SettingButton& b) { return b.setting == setting; });
+    return at == m_buttons.end() ? nullptr : &*at;
+}
+
+QList<QWidget*> SettingsTabBinding::FieldsOf(Setting setting) const
+{
+    const SettingButton* button = ButtonOf(setting);
+    return button == nullptr ? QList<QWidget*>() : button->fields;
+}
+
 SourcedValue SettingsTabBinding::Chosen(Setting setting) const
 {
-    for (const SettingButton& entry : m_buttons) {
-        if (entry.setting == setting)
-            return ValueOfFields(setting, entry.fields);
-    }
-    return {};
+    const SettingButton* button = ButtonOf(setting);
+    return button == nullptr ? SourcedValue() : ValueOfFields(setting, button->fields);
 }
 
 void SettingsTabBinding::ShowReadBack()

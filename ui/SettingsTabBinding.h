@@ -21,6 +21,10 @@ class SettingsTabBinding : public QObject {
 public:
     SettingsTabBinding(MainForm& form, MeterSession& session, OperatorPrompts& prompts);
 
+    // The tab's fields that hold `setting`'s value, one per field of the value; none for a
+    // setting the tab does not set.
+    QList<QWidget*> FieldsOf(Setting setting) const;
+
 private:
     // A button that asks for its setting with the value its fields hold when the command is
     // served.
@@ -30,6 +34,7 @@ private:
         QList<QWidget*> fields;
     };
 
+    const SettingButton* ButtonOf(Setting setting) const;
     void ConnectButtons();
     void Command1_Click();
     void ConnectChecks();

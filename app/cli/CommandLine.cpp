@@ -16,11 +16,33 @@ const QCommandLineOption kBaud(QStringLiteral("baud"), QStringLiteral("Baud rate
 const QCommandLineOption kStopBits(QStringLiteral("stop-bits"), QStringLiteral("Stop bits: 1 or 2 (default 1)."),
                                    QStringLiteral("N"), QStringLiteral("1"));
 const QCommandLineOption kAddress(QStringLiteral("address"),
-    QStringLiteral("The meter's Modbus address, %1 to %2 (default 15).").arg(kLowestAddress).arg(kHighestAddress),
+    QStringLiteral("The meter's Modbus address, %1 to %2 (default 15). read, watch, config and lp download also take "
+                   "a list of the meters on one line, such as 1,3,5-9.").arg(kLowestAddress).arg(kHighestAddress),
     QStringLiteral("N"), QStringLiteral("15"));
 const QCommandLineOption kTimeout(QStringLiteral("timeout"),
     QStringLiteral("Seconds each of the five attempts of a request waits for the reply (default 2)."),
     QStringLiteral("SECONDS"), QStringLiteral("2"));
+
+// "1,3,5-9": each address once, in the order given; nothing when the text is not such a list.
+std::optional<QList<int>> AddressList(const QString& text)
+{
+    QList<int> addresses;
+    for (const QString& item : text.split(QLatin1Char(','))) {
+        const QStringList ends = item.split(QLatin1Char('-'));
+        bool firstOk = false;
+        bool lastOk = false;
+        const int first = ends.first().toInt(&firstOk);
+        const int last = ends.last().toInt(&lastOk);
+        if (ends.size() > 2 || !firstOk || !lastOk || first < kLowestAddress || first > last || last > kHighestAddress)
+            return std::nullopt;
+        for (int address = first; address <= last; ++address) {
+            if (addresses.contains(address))
+                return std::nullopt;
+            addresses.append(address);
+        }
+    }
+    return addresses;
+}
 
 } // namespace
 
@@ -79,7 +101,7 @@ std::optional<QString> CommandLine::Unexpected() const
     return std::nullopt;
 }
 
-std::optional<LineOptions> CommandLine::Line() const
+std::optional<LineOptions> CommandLine::Line(bool addressList) const
 {
     LineOptions line;
     line.port = m_parser.value(kPort);
@@ -97,13 +119,16 @@ std::optional<LineOptions> CommandLine::Line() const
         Fail(kExitBadArguments, QStringLiteral("--stop-bits must be 1 or 2, not \"%1\"").arg(line.stopBits));
         return std::nullopt;
     }
-    bool ok = false;
-    line.address = m_parser.value(kAddress).toInt(&ok);
-    if (!ok || line.address < kLowestAddress || line.address > kHighestAddress) {
-        Fail(kExitBadArguments, QStringLiteral("--address must be %1 to %2, not \"%3\"")
-                                    .arg(kLowestAddress).arg(kHighestAddress).arg(m_parser.value(kAddress)));
+    const std::optional<QList<int>> addresses = AddressList(m_parser.value(kAddress));
+    if (!addresses || (!addressList && addresses->size() > 1)) {
+        Fail(kExitBadArguments, QStringLiteral("--address must be %1 to %2%3, not \"%4\"")
+                                    .arg(kLowestAddress).arg(kHighestAddress)
+                                    .arg(addressList ? QStringLiteral(" or a list of them (1,3,5-9), each once") : QString(),
+                                         m_parser.value(kAddress)));
         return std::nullopt;
     }
+    line.addresses = *addresses;
+    bool ok = false;
     const double seconds = m_parser.value(kTimeout).toDouble(&ok);
     // Written so that "nan" fails it too.
     if (!ok || !(seconds >= 0.05 && seconds <= 60)) {

@@ -2,6 +2,7 @@
 
 #include <QCommandLineOption>
 #include <QCommandLineParser>
+#include <QList>
 #include <QString>
 #include <QStringList>
 
@@ -13,7 +14,7 @@ struct LineOptions {
     QString port;               // a device path, a port number as the window counts, "sim", "tcp://host:port"
     QString baudRate;           // "9600" or "19200"
     QString stopBits;           // "1" or "2"
-    int address = 15;           // kLowestAddress to kHighestAddress
+    QList<int> addresses{15};   // each kLowestAddress to kHighestAddress, once, in the order given
     int replyTimeoutMs = 2000;  // one attempt's wait for its reply
 };
 
@@ -40,8 +41,9 @@ public:
     bool LineOptionSet(const QString& name) const { return m_parser.isSet(name); }
     QString Value(const QCommandLineOption& option) const { return m_parser.value(option); }
     QStringList Positional() const { return m_parser.positionalArguments(); }
-    // The line options, checked; nothing after a message on stderr.
-    std::optional<LineOptions> Line() const;
+    // The line options, checked; nothing after a message on stderr. Only a command that goes
+    // through several meters in turn takes a list of addresses.
+    std::optional<LineOptions> Line(bool addressList = false) const;
 
 private:
     std::optional<int> Refused(const QString& message) const;

@@ -1,15 +1,18 @@
 // config save|diff|apply FILE: a meter's configuration as a file. apply writes each setting
-// that differs through the same request, dispatcher order and read-back as `set`.
+// that differs through the same request, dispatcher order and read-back as `set`. With several
+// addresses each meter of the line in turn: save writes a file per meter into a folder.
 #include "app/cli/Commands.h"
 #include "app/cli/CommandLine.h"
 #include "app/cli/ConsoleSession.h"
 #include "app/cli/ExitCodes.h"
+#include "app/cli/MeterRound.h"
 #include "settings/MeterConfiguration.h"
 #include "settings/SettingTable.h"
 
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
+#include <QRegularExpression>
 #include <QSaveFile>
 #include <QTextStream>
 
@@ -21,7 +24,8 @@ const QCommandLineOption kYes(QStringLiteral("yes"),
     QStringLiteral("apply: write a load-profile group whose channel count changes, deleting its records."));
 
 const QString kDescription = QStringLiteral(
-    "save FILE: reads the meter and writes its configuration to FILE.\n"
+    "save FILE: reads the meter and writes its configuration to FILE; with several addresses FILE is a\n"
+    "folder that gets one file per meter, named after its identification.\n"
     "diff FILE: the file's settings beside the meter's; exit 0 when they match, 1 when they differ.\n"
     "apply FILE: writes the settings that differ and waits for the meter to show each; exit 5 when\n"
     "one is refused or not confirmed.");
@@ -54,7 +58,20 @@ std::optional<MeterConfiguration> ReadFile(const QString& path, int* status)
     return parsed.configuration;
 }
 
-int Save(ConsoleSession& console, const Options& options)
+// A meter's file in the folder of a save from several: its identification as a file name, and
+// its address too when an earlier meter of the run took that name.
+QString FileOfMeter(const QString& folder, const QString& identification, int address, QStringList* taken)
+{
+    QString name = identification.trimmed();
+    name.replace(QRegularExpression(QStringLiteral("[^A-Za-z0-9.-]+")), QStringLiteral("_"));
+    if (name.isEmpty() || name.startsWith(QLatin1Char('.')) || taken->contains(name))
+        name = QStringLiteral("%1address-%2").arg(name.isEmpty() ? QString() : name + QLatin1Char('_')).arg(address);
+    taken->append(name);
+    return QDir(folder).filePath(name + QStringLiteral(".json"));
+}
+
+// `taken` is null for a save from one meter into options.file.
+int Save(ConsoleSession& console, const Options& options, QStringList* taken)
 {
     const std::optional<MeterReading> reading = console.NextReading();
     if (!reading)
@@ -62,11 +79,12 @@ int Save(ConsoleSession& console, const Options& options)
     const ConfigurationSource source{QString::fromLatin1(reading->identification), reading->takenAt,
                                      QCoreApplication::applicationVersion()};
     const MeterConfiguration configuration = ConfigurationOf(*reading, source);
+    const QString path = taken ? FileOfMeter(options.file, source.identification, console.session().Address(), taken) : options.file;
     // Written beside and renamed over: a failed write leaves the old file as it was.
-    QSaveFile file(options.file);
+    QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly) || file.write(ConfigurationJson(configuration)) < 0 || !file.commit())
-        return Fail(kExitFileError, QStringLiteral("cannot write %1: %2").arg(QDir::toNativeSeparators(options.file), file.errorString()));
-    QTextStream(stdout) << "Saved " << QDir::toNativeSeparators(options.file) << ": " << configuration.settings.size()
+        return Fail(kExitFileError, QStringLiteral("cannot write %1: %2").arg(QDir::toNativeSeparators(path), file.errorString()));
+    QTextStream(stdout) << "Saved " << QDir::toNativeSeparators(path) << ": " << configuration.settings.size()
                         << " settings of the meter " << source.identification.trimmed() << Qt::endl;
     return kExitOk;
 }
@@ -167,7 +185,7 @@ int RunSub(const QString& name, const QStringList& arguments)
         return *status;
     if (line.Positional().size() != 1)
         return Fail(kExitBadArguments, QStringLiteral("usage: qx5820 config %1 FILE [options]").arg(name));
-    const std::optional<LineOptions> lineOptions = line.Line();
+    const std::optional<LineOptions> lineOptions = line.Line(true);
     if (!lineOptions)
         return kExitBadArguments;
     const bool save = name == QLatin1String("save");
@@ -182,14 +200,24 @@ int RunSub(const QString& name, const QStringList& arguments)
         if (!configuration)
             return status;
     }
+    const bool several = lineOptions->addresses.size() > 1;
+    if (save && several && !QDir().mkpath(options.file))
+        return Fail(kExitFileError, QStringLiteral("cannot make the folder %1").arg(QDir::toNativeSeparators(options.file)));
     ConsoleSession console(*lineOptions);
     if (const int status = console.GoOnLine(); status != kExitOk)
         return status;
-    if (save)
-        return Save(console, options);
-    if (name == QLatin1String("diff"))
-        return Diff(console, *configuration, options);
-    return Apply(console, *configuration, options);
+    QStringList taken;
+    MeterRound round(console);
+    round.Run([&] {
+        if (save)
+            return Save(console, options, several ? &taken : nullptr);
+        if (several)
+            QTextStream(stdout) << "address " << console.session().Address() << ":" << Qt::endl;
+        if (name == QLatin1String("diff"))
+            return Diff(console, *configuration, options);
+        return Apply(console, *configuration, options);
+    });
+    return round.Finish();
 }
 
 } // namespace

@@ -93,11 +93,19 @@ int ConsoleSession::GoOnLine()
     m_session->SetPortEntries(port->entries);
     m_session->ChoosePort(port->index);
     m_session->ChooseLine(m_line.baudRate, m_line.stopBits);
-    const QString address = QString::number(m_line.address);
-    m_session->ChooseAddress(address);
     m_session->connection.link.replyTimeoutMs = m_line.replyTimeoutMs;
+    return TurnTo(m_line.addresses.first());
+}
 
-    m_session->ToggleOnLine(address);
+int ConsoleSession::TurnTo(int address)
+{
+    const QString text = QString::number(address);
+    m_session->ChooseAddress(text);
+    if (m_interrupted)
+        return Ended();
+    if (m_session->OnLine())
+        return kExitOk;
+    m_session->ToggleOnLine(text);
     if (m_interrupted)
         return Ended();
     if (m_session->OnLine())
@@ -138,6 +146,8 @@ int ConsoleSession::Ended() const
 {
     if (m_interrupted)
         return Fail(kExitInterrupted, QStringLiteral("interrupted"));
+    if (m_line.addresses.size() > 1)
+        return Fail(kExitNoAnswer, QStringLiteral("address %1 did not answer: %2").arg(m_session->Address()).arg(OffLineReason()));
     return Fail(kExitNoAnswer, OffLineReason());
 }
 

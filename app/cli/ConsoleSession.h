@@ -23,11 +23,13 @@ class SimulatedMeterHost;
 class ConsolePrompts : public OperatorPrompts {
 public:
     void Critical(const QString&) override {}
-    // Only a download asks, whether to go on with the one it broke off: a run always does.
-    bool AskYesNo(const QString&) override { return true; }
+    // Only a download asks, whether to go on with the one it broke off: as the command says.
+    bool AskYesNo(const QString&) override { return continueDownload; }
     // Whatever deletes data was confirmed with --yes before it was asked for; anything else
     // is answered with the safe No.
     bool Confirm(const QString&, const QString&) override { return false; }
+
+    bool continueDownload = true;
 };
 
 // The port list as the window would hold it, and the entry a --port option names in it.
@@ -60,9 +62,14 @@ public:
     ConsoleSession(const ConsoleSession&) = delete;
     ConsoleSession& operator=(const ConsoleSession&) = delete;
 
-    // Picks the port, line and address and goes on line. 0, or the exit status after a
+    // Picks the port, line and first address and goes on line. 0, or the exit status after a
     // message on stderr.
     int GoOnLine();
+    // Turns to the meter at `address` of the same line, between ticks. A meter that gave up
+    // took the tool off line: it goes on line again, so that one silent meter never takes the
+    // others down. 0, or the exit status after a message on stderr.
+    int TurnTo(int address);
+    const QList<int>& Addresses() const { return m_line.addresses; }
     // Waits for the next tick whose nine reads all succeeded. Nothing when the tool went off
     // line first or the wait was interrupted: `Ended()` tells which.
     std::optional<MeterReading> NextReading();
@@ -74,7 +81,8 @@ public:
     // session's own signals (a download step, say).
     void Wake();
 
-    // After a wait that came back empty: the exit status and the message for stderr.
+    // After a wait that came back empty: the exit status and the message for stderr, which
+    // names the meter when the line has several.
     int Ended() const;
     // Ctrl-C or SIGTERM came, and took the session off line at once.
     bool Interrupted() const { return m_interrupted; }
@@ -82,6 +90,7 @@ public:
     QString OffLineReason() const;
 
     MeterSession& session() { return *m_session; }
+    ConsolePrompts& prompts() { return m_prompts; }
 
 private:
     LineOptions m_line;

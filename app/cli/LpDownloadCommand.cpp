@@ -5,6 +5,7 @@
 #include "app/cli/ConsoleSession.h"
 #include "app/cli/ExitCodes.h"
 #include "app/cli/LpProgress.h"
+#include "app/cli/MeterRound.h"
 #include "loadprofile/LpCsvFile.h"
 #include "loadprofile/LpProgressRecord.h"
 #include "loadprofile/LpResume.h"
@@ -92,11 +93,17 @@ std::optional<Request> RequestOf(const CommandLine& line)
 // One run of the command: on line, the download started or continued, followed to its end.
 class LpDownloadRun {
 public:
-    LpDownloadRun(const Request& request, const LineOptions& line) : m_request(request), m_console(line) {}
+    LpDownloadRun(const Request& request, const LineOptions& line) : m_request(request), m_console(line)
+    {
+        // Only --continue goes on with a download broken off, never one of another meter of the line.
+        m_console.prompts().continueDownload = request.resume;
+    }
 
+    // Each meter of the line in turn, into its own file.
     int Run();
 
 private:
+    int Download();
     LpDownload& download() { return m_console.session().download; }
     // Each gives the exit status when the download did not start.
     std::optional<int> Start(const MeterReading::LoadProfileGroup& group);
@@ -126,6 +133,24 @@ int LpDownloadRun::Run()
 {
     if (const int status = m_console.GoOnLine(); status != kExitOk)
         return status;
+    LpDownload& lp = download();
+    QObject::connect(&lp, &LpDownload::rowsSaved, [this] { RowsSaved(); });
+    QObject::connect(&lp, &LpDownload::finished, [this](LpEnd end, const QString& why) {
+        m_end = end;
+        m_endWhy = why;
+        m_console.Wake();
+    });
+    MeterRound round(m_console);
+    round.Run([this] { return Download(); });
+    return round.Finish();
+}
+
+int LpDownloadRun::Download()
+{
+    m_record = LpProgressRecord();
+    m_recordError.reset();
+    m_end.reset();
+    m_endWhy.clear();
     const std::optional<MeterReading> reading = m_console.NextReading();
     if (!reading)
         return m_console.Ended();
@@ -225,12 +250,6 @@ int LpDownloadRun::Follow()
 {
     LpDownload& lp = download();
     m_progress = std::make_unique<LpProgress>(m_record.last - m_record.first + 1, m_record.next - m_record.first);
-    QObject::connect(&lp, &LpDownload::rowsSaved, [this] { RowsSaved(); });
-    QObject::connect(&lp, &LpDownload::finished, [this](LpEnd end, const QString& why) {
-        m_end = end;
-        m_endWhy = why;
-        m_console.Wake();
-    });
     // Ctrl-C between two steps: the wait ends, and the download with it.
     if (!m_console.Await([this] { return m_end.has_value(); }))
         lp.Stop();
@@ -301,7 +320,7 @@ int RunLpDownload(const QStringList& arguments)
     if (const auto status = line.Parse(arguments))
         return *status;
     const std::optional<Request> request = RequestOf(line);
-    const std::optional<LineOptions> options = line.Line();
+    const std::optional<LineOptions> options = line.Line(true);
     if (!request || !options)
         return kExitBadArguments;
     return LpDownloadRun(*request, *options).Run();

@@ -1,8 +1,10 @@
-// read: one poll of the meter, printed. watch: a line a tick until stopped.
+// read: one poll of the meter, printed. watch: a line a tick until stopped. Either goes
+// through several meters of one line in turn, each line or block naming its meter.
 #include "app/cli/Commands.h"
 #include "app/cli/CommandLine.h"
 #include "app/cli/ConsoleSession.h"
 #include "app/cli/ExitCodes.h"
+#include "app/cli/MeterRound.h"
 #include "app/cli/ReadingFormat.h"
 
 #include <QFile>
@@ -72,20 +74,34 @@ int RunRead(const QStringList& arguments)
     if (const auto status = line.Parse(arguments))
         return *status;
     const auto format = FormatOf(line, QStringLiteral("table"), true);
-    const auto options = line.Line();
+    const auto options = line.Line(true);
     if (!format || !options)
         return kExitBadArguments;
 
     ConsoleSession console(*options);
     if (const int status = console.GoOnLine(); status != kExitOk)
         return status;
-    const std::optional<MeterReading> reading = console.NextReading();
-    if (!reading)
-        return console.Ended();
     QFile out;
-    if (!out.open(stdout, QIODevice::WriteOnly) || out.write(Printed(*reading, *format)) < 0)
+    if (!out.open(stdout, QIODevice::WriteOnly))
         return Fail(kExitFileError, QStringLiteral("cannot write the output: ") + out.errorString());
-    return kExitOk;
+    // Several meters: JSON lines, one CSV header, table blocks apart.
+    const bool several = options->addresses.size() > 1;
+    bool first = true;
+    MeterRound round(console);
+    round.Run([&] {
+        const std::optional<MeterReading> reading = console.NextReading();
+        if (!reading)
+            return console.Ended();
+        const int address = console.session().Address();
+        const QByteArray text = !several ? Printed(*reading, *format)
+            : *format == ReadingFormat::Table ? (first ? QByteArray() : QByteArray("\n")) + Printed(*reading, *format, address)
+                                              : LogLine(*reading, *format, first, address);
+        first = false;
+        if (out.write(text) < 0 || !out.flush())
+            return Fail(kExitFileError, QStringLiteral("cannot write the output: ") + out.errorString());
+        return int(kExitOk);
+    });
+    return round.Finish();
 }
 
 int RunWatch(const QStringList& arguments)
@@ -94,7 +110,7 @@ int RunWatch(const QStringList& arguments)
                      QStringLiteral("Polls the meter as the window does and prints one line a tick (CSV or JSON lines) "
                                     "until interrupted or for --count ticks."), true);
     line.Add(kFormat);
-    const QCommandLineOption count(QStringLiteral("count"), QStringLiteral("Stop after N ticks."), QStringLiteral("N"));
+    const QCommandLineOption count(QStringLiteral("count"), QStringLiteral("Stop after N ticks (N rounds of the meters of an --address list)."), QStringLiteral("N"));
     const QCommandLineOption output(QStringLiteral("output"),
         QStringLiteral("Append the lines to FILE instead of printing them (a CSV header only when FILE is new or empty)."),
         QStringLiteral("FILE"));
@@ -103,7 +119,7 @@ int RunWatch(const QStringList& arguments)
     if (const auto status = line.Parse(arguments))
         return *status;
     const auto format = FormatOf(line, QStringLiteral("csv"), false);
-    const auto options = line.Line();
+    const auto options = line.Line(true);
     if (!format || !options)
         return kExitBadArguments;
     qint64 ticks = -1;
@@ -121,13 +137,22 @@ int RunWatch(const QStringList& arguments)
     if (const int status = console.GoOnLine(); status != kExitOk)
         return status;
     bool header = sink.Empty() || !line.IsSet(output);
-    for (qint64 written = 0; ticks < 0 || written < ticks; ++written) {
+    std::optional<int> address; // named on each line when the line has several meters
+    MeterRound round(console);
+    const auto tick = [&] {
         const std::optional<MeterReading> reading = console.NextReading();
         if (!reading)
             return console.Ended();
-        if (!sink.Write(LogLine(*reading, *format, header)))
+        if (options->addresses.size() > 1)
+            address = console.session().Address();
+        if (!sink.Write(LogLine(*reading, *format, header, address)))
             return Fail(kExitFileError, sink.Error());
         header = false;
+        return int(kExitOk);
+    };
+    for (qint64 rounds = 0; ticks < 0 || rounds < ticks; ++rounds) {
+        if (!round.Run(tick))
+            break;
     }
-    return kExitOk;
+    return round.Finish();
 }

@@ -7,9 +7,12 @@
 
 namespace {
 
-QList<ReadingField> Fields(const MeterReading& reading)
+QList<ReadingField> Fields(const MeterReading& reading, std::optional<int> address)
 {
-    QList<ReadingField> fields{{QStringLiteral("time"), reading.takenAt.toString(Qt::ISODateWithMs)}};
+    QList<ReadingField> fields;
+    if (address)
+        fields.append({QStringLiteral("address"), *address});
+    fields.append({QStringLiteral("time"), reading.takenAt.toString(Qt::ISODateWithMs)});
     fields += FieldsOf(reading);
     return fields;
 }
@@ -26,12 +29,11 @@ QByteArray JsonEscaped(const QByteArray& json)
     return text.toUtf8();
 }
 
-QByteArray Json(const MeterReading& reading, QJsonDocument::JsonFormat layout)
+QByteArray Json(const QList<ReadingField>& fields, QJsonDocument::JsonFormat layout)
 {
     // A QJsonObject would sort its keys; the fields' own order reads better, so the object is
     // written pair by pair.
     QByteArray text = "{";
-    const QList<ReadingField> fields = Fields(reading);
     const QByteArray separator = layout == QJsonDocument::Indented ? ",\n    " : ",";
     text += layout == QJsonDocument::Indented ? "\n    " : "";
     for (qsizetype i = 0; i < fields.size(); ++i) {
@@ -107,20 +109,20 @@ std::optional<ReadingFormat> ParseReadingFormat(const QString& text)
     return std::nullopt;
 }
 
-QByteArray Printed(const MeterReading& reading, ReadingFormat format)
+QByteArray Printed(const MeterReading& reading, ReadingFormat format, std::optional<int> address)
 {
     switch (format) {
-    case ReadingFormat::Table: return Table(Fields(reading));
-    case ReadingFormat::Json: return Json(reading, QJsonDocument::Indented);
-    case ReadingFormat::Csv: return LogLine(reading, format, true);
+    case ReadingFormat::Table: return Table(Fields(reading, address));
+    case ReadingFormat::Json: return Json(Fields(reading, address), QJsonDocument::Indented);
+    case ReadingFormat::Csv: return LogLine(reading, format, true, address);
     }
     return {};
 }
 
-QByteArray LogLine(const MeterReading& reading, ReadingFormat format, bool withHeader)
+QByteArray LogLine(const MeterReading& reading, ReadingFormat format, bool withHeader, std::optional<int> address)
 {
+    const QList<ReadingField> fields = Fields(reading, address);
     if (format == ReadingFormat::Json)
-        return Json(reading, QJsonDocument::Compact);
-    const QList<ReadingField> fields = Fields(reading);
+        return Json(fields, QJsonDocument::Compact);
     return (withHeader ? CsvHeader(fields) : QByteArray()) + CsvRow(fields);
 }
