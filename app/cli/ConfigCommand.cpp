@@ -54,7 +54,7 @@ std::optional<MeterConfiguration> ReadFile(const QString& path, int* status)
     }
     ParsedConfiguration parsed = ParseConfiguration(file.readAll());
     if (!parsed.configuration)
-        *status = Fail(kExitRefused, QStringLiteral("%1 refused: %2").arg(QDir::toNativeSeparators(path), parsed.error));
+        *status = Fail(kExitBadArguments, QStringLiteral("%1 refused: %2").arg(QDir::toNativeSeparators(path), parsed.error));
     return parsed.configuration;
 }
 

@@ -59,6 +59,17 @@ private slots:
         QCOMPARE(refused.exitCode, 5);
         QVERIFY2(refused.err.contains("not sent: Load Profile: Warning : You will delete Load Profile Data"), refused.err.constData());
         QCOMPARE(run({"config", "diff", file}).exitCode, 1);
+
+        // A file the checks refuse is refused whole before anything goes on line.
+        root["format"] = 2;
+        QVERIFY(edited.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        edited.write(QJsonDocument(root).toJson());
+        edited.close();
+        const qsizetype requests = meter.requestLog().size();
+        const CliResult unknown = run({"config", "apply", file, "--yes"});
+        QCOMPARE(unknown.exitCode, 2);
+        QVERIFY2(unknown.err.contains("format"), unknown.err.constData());
+        QCOMPARE(meter.requestLog().size(), requests);
     }
 };
 
