@@ -2,6 +2,7 @@
 // count as "no", also after an earlier OK on the same dialog. An OK given after the line
 // changed under the open question sends nothing to the meter connected now.
 
+#include "WindowOnLine.h"
 #include "session/MeterSession.h"
 #include "sim/SimulatedMeterHost.h"
 #include "ui/Dialog_Clr_kWh.h"
@@ -115,13 +116,10 @@ private slots:
         QFETCH(QString, button);
         QFETCH(QString, question);
         QFETCH(int, reg);
-        sim::SimulatedMeterHost meter;
-        meter.setPacing(false);
-        MainForm form;
+        WindowOnLine window;
+        sim::SimulatedMeterHost& meter = window.meter;
+        MainForm& form = window.form;
         MeterSession& session = form.session();
-        session.connection.simulatedMeterDevice = meter.deviceSource();
-        form.Form_Load();
-        form.ChooseSimulatedMeter();
         form.On_Line->click();
         QVERIFY(session.OnLine());
         // A channel count other than the meter's, so that the group's set-up asks.

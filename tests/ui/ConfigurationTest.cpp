@@ -2,6 +2,7 @@
 // applied after the meter's registers changed writes them back (several display items one after
 // another) and the history shows each confirmed; a file of another format is refused with
 // nothing sent; the meter's values are taken into the setting fields.
+#include "WindowOnLine.h"
 #include "session/MeterSession.h"
 #include "settings/SettingWrites.h"
 #include "sim/SimulatedMeterHost.h"
@@ -40,13 +41,10 @@ private slots:
     void savedFileWritesTheChangedSettingsBack()
     {
         QFETCH(Registers, changes);
-        sim::SimulatedMeterHost meter;
-        meter.setPacing(false);
-        MainForm form;
+        WindowOnLine window;
+        sim::SimulatedMeterHost& meter = window.meter;
+        MainForm& form = window.form;
         MeterSession& session = form.session();
-        session.connection.simulatedMeterDevice = meter.deviceSource();
-        form.Form_Load();
-        form.ChooseSimulatedMeter();
         QVERIFY(!form.cmd_SaveConfig->isEnabled());
         form.On_Line->click();
         QTRY_VERIFY_WITH_TIMEOUT(form.cmd_SaveConfig->isEnabled(), kSettleMs);

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "session/MeterSession.h"
+#include "sim/SimulatedMeterHost.h"
+#include "ui/MainForm.h"
+
+// The window with the simulated meter (unpaced) chosen as its port, as the operator sets it up;
+// going on line is the test's to do. The window goes before the meter it talks to.
+struct WindowOnLine {
+    WindowOnLine()
+    {
+        meter.setPacing(false);
+        form.session().connection.simulatedMeterDevice = meter.deviceSource();
+        form.Form_Load();
+        form.ChooseSimulatedMeter();
+    }
+
+    sim::SimulatedMeterHost meter;
+    MainForm form;
+};
