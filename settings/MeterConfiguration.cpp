@@ -1,7 +1,6 @@
 #include "settings/MeterConfiguration.h"
 
 #include "ports/MeterChoices.h"
-#include "settings/InputChecks.h"
 #include "settings/SettingTable.h"
 
 #include <QJsonArray>
@@ -112,12 +111,8 @@ public:
     // The number checked as the setting's field checks what the operator types or picks.
     double Checked(const SettingField& field, double number, const QString& path)
     {
-        if (!field.Typed() && ChoiceIndex(field, number) < 0)
-            Refuse(path, QStringLiteral("%1 is none of %2").arg(number).arg(field.choices.join(QStringLiteral(", "))));
-        else if (field.check) {
-            if (const FieldCheck check = CheckTypedNumber(*field.check, number); !check.accepted)
-                Refuse(path, check.message);
-        }
+        if (const QString why = FieldRefusal(field, number); !why.isEmpty())
+            Refuse(path, why);
         return number;
     }
 
@@ -229,11 +224,6 @@ QJsonArray Numbers(const QList<double>& values)
 }
 
 } // namespace
-
-bool IsCommunication(Setting setting)
-{
-    return setting == Setting::Address || setting == Setting::BaudRate || setting == Setting::StopBit;
-}
 
 MeterConfiguration ConfigurationOf(const MeterReading& r, const ConfigurationSource& source)
 {

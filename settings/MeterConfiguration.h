@@ -41,9 +41,6 @@ struct MeterConfiguration {
     friend bool operator==(const MeterConfiguration&, const MeterConfiguration&) = default;
 };
 
-// A template for several meters must not give them all one address: these are applied apart.
-bool IsCommunication(Setting setting);
-
 // What `reading` (a tick with every block read) holds. The meter keeps only PT ratio 2's
 // ratio: it stands as the primary over a secondary of 1.
 MeterConfiguration ConfigurationOf(const MeterReading& reading, const ConfigurationSource& source);

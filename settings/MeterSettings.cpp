@@ -84,7 +84,7 @@ void MeterSettings::Serve(const PendingRequest& request)
         return;
     }
     Send(request, *write);
-    if (request.setting == Setting::Address || request.setting == Setting::BaudRate || request.setting == Setting::StopBit)
+    if (IsCommunication(request.setting))
         follow(request.setting, value.value);
     else if (request.setting == Setting::DisplayItem)
         emit displayItemSent();

@@ -28,3 +28,7 @@ inline constexpr int kSettingCount = int(Setting::PtRatio2) + 1;
 
 // How the history and the messages name a setting: "CT ratio", "LP group 1".
 QString SettingName(Setting setting);
+
+// The meter's address, baud rate and stop bits: the tool follows a write of them to reach the
+// meter again, and a template for several meters applies them apart.
+bool IsCommunication(Setting setting);

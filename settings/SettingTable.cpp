@@ -337,6 +337,11 @@ QString SettingName(Setting setting)
     return SpecOf(setting).name;
 }
 
+bool IsCommunication(Setting setting)
+{
+    return setting == Setting::Address || setting == Setting::BaudRate || setting == Setting::StopBit;
+}
+
 const QList<SettingSpec>& SettingTable()
 {
     static const QList<SettingSpec> table = Build();
@@ -398,6 +403,17 @@ SourcedValue ValueFromTexts(Setting setting, const QStringList& texts)
     return SourcedValue::Of(value);
 }
 
+QString FieldRefusal(const SettingField& field, double number)
+{
+    if (!field.Typed() && ChoiceIndex(field, number) < 0)
+        return QStringLiteral("%1 is none of %2").arg(number).arg(field.choices.join(QStringLiteral(", ")));
+    if (field.check) {
+        if (const FieldCheck check = CheckTypedNumber(*field.check, number); !check.accepted)
+            return check.message;
+    }
+    return QString();
+}
+
 QString CheckAndEncode(Setting setting, const SettingValue& value, const WriteContext& context,
                        std::optional<RegisterWrite>* write)
 {
@@ -406,13 +422,8 @@ QString CheckAndEncode(Setting setting, const SettingValue& value, const WriteCo
         return QStringLiteral("%1 takes %2 values, not %3").arg(entry.name).arg(entry.fields.size()).arg(value.fields.size());
     for (int i = 0; i < entry.fields.size(); ++i) {
         const SettingField& field = entry.fields[i];
-        const double number = value.fields[i];
-        if (!field.Typed() && ChoiceIndex(field, number) < 0)
-            return QStringLiteral("%1: %2 is none of the choices").arg(entry.name).arg(number);
-        if (field.check) {
-            if (const FieldCheck check = CheckTypedNumber(*field.check, number); !check.accepted)
-                return check.message;
-        }
+        if (const QString why = FieldRefusal(field, value.fields[i]); !why.isEmpty())
+            return field.Typed() ? why : entry.name + QStringLiteral(": ") + why;
     }
     const SettingWrite made = entry.encode(value, context);
     *write = made.write;

@@ -74,6 +74,9 @@ inline constexpr int kClockToleranceSeconds = 2;
 // check (the exact message on refusal), a choice by its entries, letter case aside. An empty
 // text gives an empty value.
 SourcedValue ValueFromTexts(Setting setting, const QStringList& texts);
+// Why `number` is no value of `field`: none of its choices ("4800 is none of 9600, 19200"), or
+// refused by its check with the check's own message; empty when it is one.
+QString FieldRefusal(const SettingField& field, double number);
 // Why `value` cannot be written for `setting` (its fields' checks, its encoding); empty when
 // it can, with the write in `write`.
 QString CheckAndEncode(Setting setting, const SettingValue& value, const WriteContext& context,
