@@ -403,6 +403,14 @@ SourcedValue ValueFromTexts(Setting setting, const QStringList& texts)
     return SourcedValue::Of(value);
 }
 
+bool DeletesRecords(Setting setting, const SettingValue& value, const MeterReading& reading)
+{
+    if (setting != Setting::LpGroup1 && setting != Setting::LpGroup2)
+        return SpecOf(setting).confirmed;
+    const int group = setting == Setting::LpGroup1 ? 0 : 1;
+    return int(value.fields.value(0)) != reading.loadProfile[std::size_t(group)].channelCount;
+}
+
 QString FieldRefusal(const SettingField& field, double number)
 {
     if (!field.Typed() && ChoiceIndex(field, number) < 0)

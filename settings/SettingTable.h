@@ -74,6 +74,10 @@ inline constexpr int kClockToleranceSeconds = 2;
 // check (the exact message on refusal), a choice by its entries, letter case aside. An empty
 // text gives an empty value.
 SourcedValue ValueFromTexts(Setting setting, const QStringList& texts);
+// Whether writing `value` makes the meter discard what cannot be had back: a clear, or a
+// group set-up whose channel count differs from the one `reading` reports. The operator
+// confirms such a write first.
+bool DeletesRecords(Setting setting, const SettingValue& value, const MeterReading& reading);
 // Why `number` is no value of `field`: none of its choices ("4800 is none of 9600, 19200"), or
 // refused by its check with the check's own message; empty when it is one.
 QString FieldRefusal(const SettingField& field, double number);

@@ -109,29 +109,15 @@ int Diff(ConsoleSession& console, const MeterConfiguration& configuration, const
     return differs ? kExitDiffers : kExitOk;
 }
 
-// Whether a group's write changes its channel count, which deletes its records.
-bool DeletesRecords(const ConfiguredSetting& item, const MeterReading& reading)
-{
-    if (item.setting != Setting::LpGroup1 && item.setting != Setting::LpGroup2)
-        return false;
-    const int group = item.setting == Setting::LpGroup1 ? 0 : 1;
-    return int(item.value.fields.value(0)) != reading.loadProfile[std::size_t(group)].channelCount;
-}
-
 // Writes one setting and waits for its outcome; the status to end with, kExitOk when confirmed.
 int Write(ConsoleSession& console, const ConfiguredSetting& item, bool* ended)
 {
-    MeterSession& session = console.session();
-    const quint64 id = session.Request(item.setting, item.value);
-    const auto settled = [&session, id] {
-        const SettingOutcome* outcome = session.settings.history.Find(id);
-        return outcome != nullptr && outcome->Final();
-    };
-    if (!console.Await(settled) && !settled()) {
+    const std::optional<SettingOutcome> written = console.Write(item.setting, item.value);
+    if (!written) {
         *ended = true;
         return console.Ended();
     }
-    const SettingOutcome outcome = *session.settings.history.Find(id);
+    const SettingOutcome& outcome = *written;
     const QString line = QStringLiteral("%1: %2 → %3: %4").arg(SettingName(item.setting), outcome.from, outcome.to, outcome.Text());
     if (outcome.result == SettingOutcome::Confirmed) {
         QTextStream(stdout) << line << Qt::endl;
@@ -156,7 +142,7 @@ int Apply(ConsoleSession& console, const MeterConfiguration& configuration, cons
             QTextStream(stdout) << change << ": left as it is (--with-communication writes it)" << Qt::endl;
             continue;
         }
-        if (!options.yes && DeletesRecords(c.item, console.session().Reading())) {
+        if (!options.yes && DeletesRecords(c.item.setting, c.item.value, console.session().Reading())) {
             status = Fail(kExitRefused, QStringLiteral("%1: not sent: %2: %3 Add --yes to confirm.").arg(change, entry.caption, entry.question.trimmed()));
             continue;
         }

@@ -123,6 +123,19 @@ std::optional<MeterReading> ConsoleSession::NextReading()
     return reading;
 }
 
+std::optional<SettingOutcome> ConsoleSession::Write(Setting setting, const SettingValue& value)
+{
+    const SettingsHistory& history = m_session->settings.history;
+    const quint64 id = m_session->Request(setting, value);
+    const auto settled = [&history, id] {
+        const SettingOutcome* outcome = history.Find(id);
+        return outcome != nullptr && outcome->Final();
+    };
+    if (!Await(settled) && !settled())
+        return std::nullopt;
+    return *history.Find(id);
+}
+
 bool ConsoleSession::Await(const std::function<bool()>& done)
 {
     while (!done()) {

@@ -73,6 +73,9 @@ public:
     // Waits for the next tick whose nine reads all succeeded. Nothing when the tool went off
     // line first or the wait was interrupted: `Ended()` tells which.
     std::optional<MeterReading> NextReading();
+    // Asks for `setting` with `value` and waits for the request's final outcome. Nothing when
+    // the wait ended first (off line without an outcome, interrupted): `Ended()` tells which.
+    std::optional<SettingOutcome> Write(Setting setting, const SettingValue& value);
     // Runs the event loop until `done` holds. It is checked after each poll tick, each change
     // of the connection, each settled setting and each Wake(); false when the tool went off
     // line or Ctrl-C came first.

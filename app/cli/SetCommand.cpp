@@ -27,14 +27,6 @@ QString QuestionOf(const SettingSpec& entry)
     return entry.caption + QStringLiteral(": ") + entry.question;
 }
 
-// Whether the write deletes data: clearing, or a group set-up with a new channel count.
-bool Deletes(const SetTarget& target, const SettingValue& value, const MeterReading& reading)
-{
-    if (target.IsGroupSetUp())
-        return int(value.fields.value(0)) != reading.loadProfile[std::size_t(target.group - 1)].channelCount;
-    return target.entry->confirmed;
-}
-
 // The settings lp-group and lp-clear choose between by their GROUP.
 bool ByGroup(const SettingSpec& entry)
 {
@@ -143,20 +135,14 @@ int Write(ConsoleSession& console, const SetTarget& target, QStringList words, b
     }
     const Setting setting = target.entry->setting;
     const SettingValue value = ValueFromTexts(setting, words).value;
-    if (!confirmed && Deletes(target, value, *before))
+    if (!confirmed && DeletesRecords(setting, value, *before))
         return Fail(kExitRefused, QuestionOf(*target.entry) + QStringLiteral(" Nothing was sent: add --yes to confirm."));
 
-    MeterSession& session = console.session();
-    const quint64 id = session.Request(setting, value);
-    const auto settled = [&session, id] {
-        const SettingOutcome* outcome = session.settings.history.Find(id);
-        return outcome != nullptr && outcome->Final();
-    };
-    if (!console.Await(settled) && !settled())
+    const std::optional<SettingOutcome> outcome = console.Write(setting, value);
+    if (!outcome)
         return console.Ended();
-    const SettingOutcome outcome = *session.settings.history.Find(id);
-    const int status = Finish(outcome, words);
-    Aftermath(target, outcome, session, *before);
+    const int status = Finish(*outcome, words);
+    Aftermath(target, *outcome, console.session(), *before);
     return status;
 }
 
