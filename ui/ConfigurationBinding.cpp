@@ -36,13 +36,6 @@ int GroupOf(Setting setting)
     return setting == Setting::LpGroup1 ? 0 : 1;
 }
 
-// A new channel count makes the meter discard the group's records.
-bool DeletesRecords(const ConfiguredSetting& item, const MeterReading& reading)
-{
-    return IsGroup(item.setting)
-        && int(item.value.fields.value(0)) != reading.loadProfile[std::size_t(GroupOf(item.setting))].channelCount;
-}
-
 // The file the operator picks; empty when the dialog was cancelled.
 QString AskPath(QWidget* owner, const QString& caption, QFileDialog::AcceptMode mode)
 {
@@ -120,7 +113,7 @@ void ConfigurationBinding::ApplyConfiguration()
         if (IsCommunication(c.item.setting) && !dialog.WithCommunication())
             continue;
         const SettingSpec& entry = SpecOf(c.item.setting);
-        if (DeletesRecords(c.item, reading) && !m_prompts.Confirm(entry.caption, entry.question))
+        if (DeletesRecords(c.item.setting, c.item.value, reading) && !m_prompts.Confirm(entry.caption, entry.question))
             continue;
         writes.append(c.item);
     }
