@@ -77,6 +77,8 @@ int main(int argc, char* argv[])
     }
     sim::SimulatedMeterHost simulator(std::move(meter));
     MainForm form;
+    // As on a 1366×768 laptop less its task bar and title bar, whatever screen renders it.
+    form.resize(1366, 700);
     form.session().connection.simulatedMeterDevice = simulator.deviceSource();
     form.Form_Load();
     form.ChooseSimulatedMeter();
@@ -138,10 +140,15 @@ int main(int argc, char* argv[])
         form.Combo_LP_Start_No->setCurrentIndex(1);
         form.Combo_LP_Stop_No->setCurrentIndex(60);
         form.Command8->click();
-        QTimer::singleShot(1000, &form, [&] { save(QStringLiteral("lp-downloading.png")); });
     });
-    QObject::connect(&form.session().download, &LpDownload::faceChanged, &form, [&](LpDownload::Face face) {
-        if (face != LpDownload::Face::Normal || !save(QStringLiteral("lp-finished.png")))
+    // A third of the way, so that the progress shows a rate and the time left; once the status
+    // line has the step's number too.
+    QObject::connect(&form.session().download, &LpDownload::rowsSaved, &form, [&] {
+        if (form.session().download.LpCurrentIndex == 20)
+            QTimer::singleShot(0, &form, [&] { save(QStringLiteral("lp-downloading.png")); });
+    });
+    QObject::connect(&form.session().download, &LpDownload::finished, &form, [&](LpEnd end) {
+        if (end != LpEnd::Finished || !save(QStringLiteral("lp-finished.png")))
             return;
         // The plot tab has opened the file just written; the trends get a few more seconds.
         auto* plot = form.findChild<LpPlotView*>();

@@ -29,12 +29,38 @@ Connection::Connection(OperatorPrompts& prompts, QObject* parent)
     Timer1Sec.setInterval(kPollIntervalMs);
     Timer1Sec.setTimerType(Qt::PreciseTimer);
     connect(&link, &RegisterLink::statusText, &status, &StatusLine::Set);
-    connect(&link, &RegisterLink::gaveUp, this, [this](const QString& reason) { GoOffLine(reason); });
+    connect(&link, &RegisterLink::gaveUp, this, [this](const QString& reason, const TransactionResult& last) {
+        GoOffLine(reason + QStringLiteral(" — ") + WhatToCheck(last) + QLatin1Char('.'));
+    });
     connect(&port, &Transport::lost, this, [this](const QString& reason) {
         // The waits end first, so that nothing stays blocked behind the message.
         GoOffLine(PortErrorReason(port.Device() + QStringLiteral(": ") + reason));
         m_prompts.Critical(QStringLiteral("Comm Port Error！"));
     });
+}
+
+QString Connection::WhatToCheck(const TransactionResult& last)
+{
+    switch (last.kind) {
+    case TransactionResult::TimedOut:
+        return QStringLiteral("nothing came back: check the meter's power, the port, the address, the A/B wiring");
+    case TransactionResult::Garbled:
+    case TransactionResult::CrcError:
+        return QStringLiteral("bytes came but never a valid frame: check the baud rate and stop bits, "
+                              "the A/B wiring (swapped?) and termination");
+    case TransactionResult::AddressError:
+        return QStringLiteral("a meter at another address answered: check the address (Find meter…)");
+    case TransactionResult::BusyLine:
+        return QStringLiteral("check for another master on the line, the termination and the bias");
+    case TransactionResult::Exception:
+        return QStringLiteral("the meter refused the request: check the value sent");
+    case TransactionResult::WrongReply:
+        return QStringLiteral("replies to other requests: check for another master on the line");
+    case TransactionResult::Good:
+    case TransactionResult::Abandoned:
+        break;
+    }
+    return QString();
 }
 
 void Connection::SetSettings(const QString& settings)

@@ -67,6 +67,13 @@ public:
     // Closes the port and takes the off-line state, for `reason` (empty when the operator
     // asked for it).
     void GoOffLine(const QString& reason = QString());
+    // What the operator should look at when transactions gave up the way `last` failed: the
+    // second half of the off-line reason.
+    static QString WhatToCheck(const TransactionResult& last);
+
+    // The device of the chosen port ("/dev/ttyUSB0", "tcp://host:port", the simulated meter's
+    // path, started if need be), or an empty string with the reason in `error`.
+    QString ChosenDevice(QString* error) const { return DeviceFor(m_portNumber, error); }
 
     // Starts the simulated meter when its entry is chosen and gives its device path, or an
     // empty string with the reason in `error`.

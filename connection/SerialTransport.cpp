@@ -47,6 +47,8 @@ bool SerialTransport::open(const QString& device, const LineSettings& settings, 
     m_port.setPortName(device);
     if (!m_port.open(QIODevice::ReadWrite)) {
         *error = m_port.errorString();
+        if (m_port.error() == QSerialPort::PermissionError)
+            *error += QStringLiteral(" — ") + PermissionAdvice();
         return false;
     }
     if (!apply(settings, error) || !m_port.setFlowControl(QSerialPort::NoFlowControl)) {

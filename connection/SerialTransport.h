@@ -12,6 +12,13 @@ class SerialTransport : public Transport {
 public:
     explicit SerialTransport(QObject* parent = nullptr);
 
+    // How to get the right to a serial port the system refused, added to the open error.
+    static QString PermissionAdvice()
+    {
+        return QStringLiteral("on Linux, add your user to the dialout group (sudo usermod -aG dialout $USER), "
+                              "then log out and in again");
+    }
+
     bool isOpen() const override;
     QByteArray takeAll() override;
     void discardInput() override;

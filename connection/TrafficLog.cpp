@@ -68,6 +68,9 @@ void TrafficLog::Count(const FrameEvent& frame)
     case FrameEvent::Outcome::NoReply:
         ++c.timeOuts;
         break;
+    case FrameEvent::Outcome::Garbled:
+        ++c.garbled;
+        break;
     }
 }
 
@@ -118,6 +121,8 @@ QString TrafficLog::OutcomeText(const FrameEvent& frame)
         return QStringLiteral("exception %1 (%2)").arg(frame.exceptionCode).arg(Rtu::ExceptionName(frame.exceptionCode));
     case FrameEvent::Outcome::NoReply:
         return QStringLiteral("no reply");
+    case FrameEvent::Outcome::Garbled:
+        return QStringLiteral("garbled: bytes, no valid frame");
     case FrameEvent::Outcome::WrongReply:
         return QStringLiteral("reply to another request");
     }

@@ -21,12 +21,13 @@ Q_DECLARE_LOGGING_CATEGORY(lcFrames)
 struct TrafficCounters {
     qint64 requests = 0;     // requests sent, retries included
     qint64 goodReplies = 0;
-    qint64 timeOuts = 0;     // attempts that ran out their two seconds without an exception reply
+    qint64 timeOuts = 0;     // attempts that ran out their two seconds with nothing from the meter
+    qint64 garbled = 0;      // attempts that ran out their two seconds with bytes but no valid frame
     qint64 crcErrors = 0;
     qint64 addressErrors = 0;
     qint64 exceptions = 0;
     qint64 retries = 0;      // requests of attempts 2 to 5
-    double lastResponseMs = 0; // of the latest good reply, from its request's send
+    double lastResponseMs = 0; // of the latest good reply, from its request's send; none while goodReplies is 0
     double meanResponseMs = 0; // over every good reply counted
     int ticksPerMinute = 0;  // poll ticks that started in the minute before the latest one
 };

@@ -18,7 +18,8 @@ struct FrameEvent {
         CrcError,
         AddressError,
         Exception,    // a valid exception reply: `exceptionCode` names the meter's reason
-        NoReply,      // the attempt's two seconds ran out; `bytes` holds whatever did arrive
+        NoReply,      // the attempt's two seconds ran out with nothing but our own echo in `bytes`
+        Garbled,      // the attempt's two seconds ran out; `bytes` never made a valid frame
         WrongReply,   // sound, but not an answer to the request: another function or byte count
     };
 

@@ -29,6 +29,7 @@ QString TransactionResult::Text() const
     switch (kind) {
     case Good: return QStringLiteral("good");
     case TimedOut: return QStringLiteral("no reply");
+    case Garbled: return QStringLiteral("bytes but no valid frame");
     case CrcError: return QStringLiteral("CRC error");
     case AddressError: return QStringLiteral("reply from another address");
     case Exception: return QStringLiteral("exception %1 (%2)").arg(exception).arg(Rtu::ExceptionName(exception));
@@ -96,11 +97,11 @@ TransactionResult RegisterLink::Transact(const qint16& address, bool isRead)
     for (int attempt = 1; attempt <= attempts; ++attempt) {
         // After a spoiled reply its own text ("CRC Error", an exception, the busy line) stays
         // on show; after silence the operator learns that the tool is still trying.
-        if (attempt > 1 && result.kind == TransactionResult::TimedOut)
+        if (attempt > 1 && result.unanswered())
             emit statusText(RetryText(attempt, attempts));
         // A good reply ends the transaction, and so does a closed port or going off line.
         result = Attempt(address, isRead, attempt);
-        if (result.kind == TransactionResult::TimedOut && !firstUnansweredAt)
+        if (result.unanswered() && !firstUnansweredAt)
             firstUnansweredAt = m_sentAt;
         if (!result.gaveUp()) {
             if (result.good() && firstUnansweredAt)
@@ -113,7 +114,8 @@ TransactionResult RegisterLink::Transact(const qint16& address, bool isRead)
     bWaiting = kFalse;
     bCommOK = kFalse;
     emit gaveUp(result.kind == TransactionResult::BusyLine ? GiveUpText(attempts) + QStringLiteral(" (") + BusyLineText() + QLatin1Char(')')
-                                                           : GiveUpText(attempts));
+                                                           : GiveUpText(attempts),
+                result);
     return result;
 }
 
@@ -181,8 +183,14 @@ TransactionResult RegisterLink::Attempt(const qint16& address, bool isRead, int 
             ReportReply(FrameEvent::Outcome::Exception, attempt, *code);
             return Result(TransactionResult::Exception, *code);
         }
-        ReportReply(FrameEvent::Outcome::NoReply, attempt);
-        return Result(TransactionResult::TimedOut);
+        // Our own echo, or part of it, is no sign of the meter; anything else is a reply
+        // spoiled on its way: a wrong baud rate, swapped A and B, noise.
+        if (m_rx.isEmpty() || TxFrame.startsWith(m_rx)) {
+            ReportReply(FrameEvent::Outcome::NoReply, attempt);
+            return Result(TransactionResult::TimedOut);
+        }
+        ReportReply(FrameEvent::Outcome::Garbled, attempt);
+        return Result(TransactionResult::Garbled);
     }
     return JudgeReply(isRead, attempt);
 }

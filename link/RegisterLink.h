@@ -21,7 +21,8 @@ class WatchedFlag;
 struct TransactionResult {
     enum Kind {
         Good,         // a good reply was taken
-        TimedOut,     // no reply within the attempt's wait
+        TimedOut,     // nothing but our own echo within the attempt's wait
+        Garbled,      // bytes within the attempt's wait, but never a valid frame: baud rate, A/B, noise
         CrcError,     // a reply whose CRC did not match
         AddressError, // a reply from another address
         Exception,    // the meter answered with an exception, code in `exception`
@@ -33,6 +34,8 @@ struct TransactionResult {
     quint8 exception = 0;
 
     bool good() const { return kind == Good; }
+    // The attempt ran out its wait without a frame to judge.
+    bool unanswered() const { return kind == TimedOut || kind == Garbled; }
     // Every attempt failed on the line: the tool goes off line.
     bool gaveUp() const { return kind != Good && kind != Abandoned; }
     // In the operator's words: "no reply", "CRC error", "exception 2 (Illegal Data Address)".
@@ -119,8 +122,8 @@ signals:
     // The request echo, sent once per transaction while bShowFrames is set.
     void requestEcho(const QString& text);
     // Five attempts failed: the tool must go off line, for `reason` (the give-up text, with
-    // the busy line named when that was why).
-    void gaveUp(const QString& reason);
+    // the busy line named when that was why); `last` is how the last attempt failed.
+    void gaveUp(const QString& reason, const TransactionResult& last);
     // Each request sent and each attempt's reply or time-out, for the traffic monitor.
     void frame(const FrameEvent& event);
 

@@ -362,12 +362,12 @@ Report Read(QIODevice& device, qint64 intervalSeconds)
 
 std::optional<Report> Open(QFile& file)
 {
-    const bool plain = QFileInfo(file.fileName()).isFile();
-    if (plain && file.open(QIODevice::ReadOnly))
+    const QFileInfo info(file.fileName());
+    if (info.isFile() && file.open(QIODevice::ReadOnly))
         return std::nullopt;
     Report report;
     report.error = QStringLiteral("Cannot open %1: %2").arg(QDir::toNativeSeparators(file.fileName()),
-        plain ? file.errorString() : QStringLiteral("not a plain file"));
+        info.isFile() ? file.errorString() : info.exists() ? QStringLiteral("not a plain file") : QStringLiteral("no such file"));
     return report;
 }
 

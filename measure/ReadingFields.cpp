@@ -17,28 +17,44 @@ double SinglePrecision(double value)
     return QByteArray(text, int(end - text)).toDouble();
 }
 
+struct Unit {
+    const char* text;
+    const char* key;
+};
+constexpr Unit kVolt{"V", "v"}, kAmpere{"A", "a"}, kKilowatt{"kW", "kw"}, kKilovar{"kvar", "kvar"},
+    kKilovoltAmpere{"kVA", "kva"}, kDegree{"°", "deg"}, kHertz{"Hz", "hz"}, kKilowattHour{"kWh", "kwh"},
+    kKilovarHour{"kvarh", "kvarh"}, kKilovoltAmpereHour{"kVAh", "kvah"}, kSecond{"s", "s"}, kNoUnit{"", ""};
+
 class Collector {
 public:
     explicit Collector(const MeterReading& reading) : m_reading(reading) {}
 
-    void number(const QString& name, MeterReading::Block block, double value)
+    // A measurement; `unit` kNoUnit for a power factor.
+    void measured(const QString& name, MeterReading::Block block, double value, const Unit& unit)
     {
-        m_fields.append({name, m_reading.Has(block) ? QJsonValue(SinglePrecision(value)) : QJsonValue()});
+        number(name, block, value, unit);
+        m_fields.last().measured = true;
     }
-    void whole(const QString& name, MeterReading::Block block, qint64 value)
+    void number(const QString& name, MeterReading::Block block, double value, const Unit& unit = kNoUnit)
     {
-        m_fields.append({name, m_reading.Has(block) ? QJsonValue(value) : QJsonValue()});
+        m_fields.append({name, m_reading.Has(block) ? QJsonValue(SinglePrecision(value)) : QJsonValue(),
+                         QString::fromUtf8(unit.text), QLatin1String(unit.key)});
+    }
+    void whole(const QString& name, MeterReading::Block block, qint64 value, const Unit& unit = kNoUnit)
+    {
+        m_fields.append({name, m_reading.Has(block) ? QJsonValue(value) : QJsonValue(), QString::fromUtf8(unit.text),
+                         QLatin1String(unit.key)});
     }
     void text(const QString& name, MeterReading::Block block, const QString& value)
     {
-        m_fields.append({name, m_reading.Has(block) ? QJsonValue(value) : QJsonValue()});
+        m_fields.append({name, m_reading.Has(block) ? QJsonValue(value) : QJsonValue(), {}, {}});
     }
     template <std::size_t N>
-    void row(const char* quantity, const char* const (&suffixes)[N], const std::array<double, N>& values,
+    void row(const char* quantity, const char* const (&suffixes)[N], const std::array<double, N>& values, const Unit& unit,
              MeterReading::Block block = MeterReading::RealTimeImage)
     {
         for (std::size_t i = 0; i < N; ++i)
-            number(QStringLiteral("%1_%2").arg(QLatin1String(quantity), QLatin1String(suffixes[i])), block, values[i]);
+            measured(QStringLiteral("%1_%2").arg(QLatin1String(quantity), QLatin1String(suffixes[i])), block, values[i], unit);
     }
     QList<ReadingField> take() { return std::move(m_fields); }
 
@@ -52,7 +68,13 @@ constexpr const char* kPhasesAverage[] = {"a", "b", "c", "avg"};
 constexpr const char* kPhasesTotal[] = {"a", "b", "c", "total"};
 constexpr const char* kPhaseVoltages[] = {"an", "bn", "cn", "ln_avg"};
 constexpr const char* kLineVoltages[] = {"ab", "bc", "ca", "ll_avg"};
-constexpr const char* kEnergyNames[] = {"kwh_delivered", "kwh_received", "kvarh_lagging", "kvarh_leading", "kvah"};
+struct Energy {
+    const char* name;
+    Unit unit;
+};
+constexpr Energy kEnergies[] = {{"energy_delivered", kKilowattHour}, {"energy_received", kKilowattHour},
+                                {"energy_lagging", kKilovarHour},    {"energy_leading", kKilovarHour},
+                                {"energy_apparent", kKilovoltAmpereHour}};
 // The wiring setting's name by code; the wiring the meter detects reads "none" for code 0.
 QString WiringName(int code, bool detected)
 {
@@ -62,9 +84,10 @@ QString WiringName(int code, bool detected)
     return code >= 0 && code < names.size() ? names.at(code) : QStringLiteral("code %1").arg(code);
 }
 
+// ISO 8601 without an offset: the meter's clock keeps no zone.
 QString ClockText(const MeterReading::Clock& c)
 {
-    return QStringLiteral("%1-%2-%3 %4:%5:%6")
+    return QStringLiteral("%1-%2-%3T%4:%5:%6")
         .arg(c.year, 4, 10, QLatin1Char('0')).arg(c.month, 2, 10, QLatin1Char('0')).arg(c.day, 2, 10, QLatin1Char('0'))
         .arg(c.hour, 2, 10, QLatin1Char('0')).arg(c.minute, 2, 10, QLatin1Char('0')).arg(c.second, 2, 10, QLatin1Char('0'));
 }
@@ -75,23 +98,27 @@ QList<ReadingField> FieldsOf(const MeterReading& r)
 {
     using B = MeterReading;
     Collector c(r);
-    c.row("voltage", kPhaseVoltages, r.phaseVoltage);
-    c.row("voltage", kLineVoltages, r.lineVoltage);
-    c.row("current", kPhasesAverage, r.current);
-    c.row("active_power", kPhasesTotal, r.activePower);
-    c.row("reactive_power", kPhasesTotal, r.reactivePower);
-    c.row("apparent_power", kPhasesTotal, r.apparentPower);
-    c.row("power_factor", kPhasesAverage, r.powerFactor);
-    c.row("voltage_angle", kPhases, r.voltageAngle);
-    c.row("current_angle", kPhases, r.currentAngle);
-    c.number(QStringLiteral("frequency"), B::Frequency, r.frequency);
+    c.row("voltage", kPhaseVoltages, r.phaseVoltage, kVolt);
+    c.row("voltage", kLineVoltages, r.lineVoltage, kVolt);
+    c.row("current", kPhasesAverage, r.current, kAmpere);
+    c.row("active_power", kPhasesTotal, r.activePower, kKilowatt);
+    c.row("reactive_power", kPhasesTotal, r.reactivePower, kKilovar);
+    c.row("apparent_power", kPhasesTotal, r.apparentPower, kKilovoltAmpere);
+    c.row("power_factor", kPhasesAverage, r.powerFactor, kNoUnit);
+    c.row("voltage_angle", kPhases, r.voltageAngle, kDegree);
+    c.row("current_angle", kPhases, r.currentAngle, kDegree);
+    c.measured(QStringLiteral("frequency"), B::Frequency, r.frequency, kHertz);
     for (int kind = 0; kind < B::EnergyKinds; ++kind) {
-        c.row(kEnergyNames[kind], kPhases, r.energy[std::size_t(kind)], B::Energy);
-        c.number(QStringLiteral("%1_total").arg(QLatin1String(kEnergyNames[kind])), B::Energy, r.EnergyTotal(kind));
+        const Energy& energy = kEnergies[kind];
+        c.row(energy.name, kPhases, r.energy[std::size_t(kind)], energy.unit, B::Energy);
+        c.measured(QStringLiteral("%1_total").arg(QLatin1String(energy.name)), B::Energy, r.EnergyTotal(kind), energy.unit);
     }
     c.number(QStringLiteral("pt_ratio_1"), B::Ratios, r.ptRatio1Register / 10.0);
     c.whole(QStringLiteral("ct_ratio"), B::Ratios, r.ctRatioRegister);
-    c.number(QStringLiteral("pt_ratio_2"), B::PtRatio2, r.ptRatio2);
+    // The register (primary ÷ secondary) as the settings write it, and the primary volts it
+    // makes with PT ratio 1, as the real-time tab shows them.
+    c.number(QStringLiteral("pt_ratio_2"), B::PtRatio2, r.ptRatio2Register);
+    c.number(QStringLiteral("pt_ratio_2_primary"), B::PtRatio2, r.ptRatio2, kVolt);
     c.text(QStringLiteral("meter_clock"), B::RealTimeImage, ClockText(r.clock));
     c.text(QStringLiteral("identification"), B::RealTimeImage, IdentificationText(r.identification));
     c.text(QStringLiteral("wiring"), B::RealTimeImage, WiringName(r.wiringCode, true));
@@ -101,7 +128,7 @@ QList<ReadingField> FieldsOf(const MeterReading& r)
     c.whole(QStringLiteral("baud_rate"), B::RealTimeImage, r.baudRateCode == 1 ? 9600 : r.baudRateCode == 2 ? 19200 : 0);
     c.whole(QStringLiteral("stop_bits"), B::RealTimeImage, r.stopBitCode);
     c.text(QStringLiteral("wiring_setting"), B::RealTimeImage, WiringName(r.wiringSetting, false));
-    c.whole(QStringLiteral("scroll_time"), B::RealTimeImage, r.scrollTime);
+    c.whole(QStringLiteral("scroll_time"), B::RealTimeImage, r.scrollTime, kSecond);
     c.whole(QStringLiteral("serial_display"), B::RealTimeImage, r.serialDisplay);
     for (int g = 0; g < 2; ++g) {
         const B::LoadProfileGroup& group = r.loadProfile[std::size_t(g)];
@@ -125,6 +152,6 @@ QString IdentificationText(const QByteArray& bytes)
 QString FieldText(const QJsonValue& value)
 {
     if (value.isDouble())
-        return QString::number(value.toDouble(), 'g', QLocale::FloatingPointShortest);
+        return QString::number(value.toDouble(), 'f', QLocale::FloatingPointShortest);
     return value.toString();
 }

@@ -11,7 +11,13 @@
 // keep the meter's single precision and no more, so 230.1 reads 230.1, not 230.100006.
 struct ReadingField {
     QString name;
-    QJsonValue value; // a number or a text
+    QJsonValue value;  // a number or a text
+    QString unit;      // "V", "kWh", "°"; empty for a ratio, a count, a text
+    QString unitKey;   // the unit as a key ends with it: "v", "kwh", "deg"
+    bool measured = false; // a measurement (a power factor too), not a ratio or setting
+
+    // The name with its unit, for keys that other programs read: "voltage_an_v", "frequency_hz".
+    QString Key() const { return unitKey.isEmpty() ? name : name + QLatin1Char('_') + unitKey; }
 };
 
 // Every measurement, energy, ratio and setting the reading holds, in a fixed order: the same
@@ -19,8 +25,8 @@ struct ReadingField {
 // null values.
 QList<ReadingField> FieldsOf(const MeterReading& reading);
 
-// The value as a table or a CSV file shows it: numbers in their shortest form, texts as
-// they are, null as an empty text.
+// The value as a table or a CSV file shows it: numbers in their shortest plain form (400000,
+// never 4e+05), texts as they are, null as an empty text.
 QString FieldText(const QJsonValue& value);
 
 // The meter's 16 characters without their NUL or blank padding; bytes beyond ASCII are taken

@@ -295,7 +295,7 @@ QList<SettingSpec> Build()
     wiring.encode = [](const SettingValue& v, const WriteContext&) { return Code(R::kWiring, SpecOf(Setting::Wiring).fields[0], v.fields[0], 0); };
     table.append(wiring);
 
-    SettingSpec pt2 = Entry(Setting::PtRatio2, "PT ratio 2", "pt-ratio-2", "PT ratio 2 from the primary and secondary voltages",
+    SettingSpec pt2 = Entry(Setting::PtRatio2, "PT ratio 2 (pri. ÷ sec.)", "pt-ratio-2", "PT ratio 2 from the primary and secondary voltages",
         {Typed("PRIMARY"), Typed("SECONDARY")});
     pt2.encode = [](const SettingValue& v, const WriteContext&) -> SettingWrite {
         if (const auto write = W::PtRatio2(v.fields[0], v.fields[1]))

@@ -4,6 +4,7 @@
 #include "session/MeterSession.h"
 #include "settings/SettingTable.h"
 #include "ui/ApplyConfigurationDialog.h"
+#include "ui/CommissioningReportDialog.h"
 #include "ui/FieldValues.h"
 #include "ui/LoadProfileBinding.h"
 #include "ui/MainForm.h"
@@ -25,6 +26,8 @@ namespace {
 
 // Every block a configuration is made of.
 constexpr unsigned kConfigurationBlocks = MeterReading::RealTimeImage | MeterReading::Ratios | MeterReading::PtRatio2;
+// A report holds every block: the measurements and energies besides the configuration.
+constexpr unsigned kReportBlocks = kConfigurationBlocks | MeterReading::Frequency | MeterReading::Energy;
 
 bool IsGroup(Setting setting)
 {
@@ -56,6 +59,7 @@ ConfigurationBinding::ConfigurationBinding(MainForm& form, MeterSession& session
     connect(form.cmd_SaveConfig, &QPushButton::clicked, this, &ConfigurationBinding::SaveConfiguration);
     connect(form.cmd_ApplyConfig, &QPushButton::clicked, this, &ConfigurationBinding::ApplyConfiguration);
     connect(form.cmd_TakeMeterValues, &QPushButton::clicked, this, &ConfigurationBinding::TakeMeterValues);
+    connect(form.cmd_CommissioningReport, &QPushButton::clicked, this, &ConfigurationBinding::WriteReport);
     connect(&session, &MeterSession::onLineChanged, this, &ConfigurationBinding::ShowEnabled);
     connect(&session.poll, &PollCycle::readingTaken, this, &ConfigurationBinding::ShowEnabled);
     ShowEnabled();
@@ -138,9 +142,18 @@ void ConfigurationBinding::TakeMeterValues()
     }
 }
 
+void ConfigurationBinding::WriteReport()
+{
+    CommissioningReportDialog dialog(m_form);
+    dialog.exec();
+}
+
+// The report stays to be had off line: it then gives the last reading as not current.
 void ConfigurationBinding::ShowEnabled()
 {
-    const bool whole = m_session.OnLine() && (m_session.Reading().known & kConfigurationBlocks) == kConfigurationBlocks;
+    const unsigned known = m_session.Reading().known;
+    const bool whole = m_session.OnLine() && (known & kConfigurationBlocks) == kConfigurationBlocks;
     for (QPushButton* button : {m_form.cmd_SaveConfig, m_form.cmd_ApplyConfig, m_form.cmd_TakeMeterValues})
         button->setEnabled(whole);
+    m_form.cmd_CommissioningReport->setEnabled((known & kReportBlocks) == kReportBlocks);
 }

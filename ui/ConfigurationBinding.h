@@ -11,7 +11,8 @@ class SettingsTabBinding;
 
 // Binds the "Configuration" buttons: the latest reading saved as a configuration file, a file
 // applied through the session's pending commands after the operator saw what differs, and the
-// meter's values taken into the setting fields so that the operator edits what it holds.
+// meter's values taken into the setting fields so that the operator edits what it holds, and
+// the commissioning report.
 class ConfigurationBinding : public QObject {
     Q_OBJECT
 public:
@@ -22,6 +23,7 @@ private:
     void SaveConfiguration();
     void ApplyConfiguration();
     void TakeMeterValues();
+    void WriteReport();
     void ShowEnabled();
 
     MainForm& m_form;

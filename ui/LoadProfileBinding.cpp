@@ -9,12 +9,32 @@
 #include "ui/StateColours.h"
 
 #include <QComboBox>
+#include <QDesktopServices>
+#include <QDir>
+#include <QFileInfo>
 #include <QLabel>
 #include <QLineEdit>
+#include <QProgressBar>
 #include <QPushButton>
+#include <QUrl>
+
+#include <algorithm>
 
 namespace {
 
+// The rate over the run so far and the time the rest takes at it, as "m:ss"; a dash for both
+// until a step has been saved.
+QString PaceText(qint32 done, qint32 total, qint64 elapsedMs)
+{
+    if (done < 1 || elapsedMs < 1)
+        return QStringLiteral("Rate — · time left —");
+    const double rate = 1000.0 * done / double(elapsedMs);
+    const qint64 left = qRound64((total - done) / rate);
+    return QStringLiteral("%1 intervals/s · %2:%3 left")
+        .arg(rate, 0, 'f', 1)
+        .arg(left / 60)
+        .arg(left % 60, 2, 10, QLatin1Char('0'));
+}
 
 // Each group's set-up and clear, as settings.
 constexpr Setting kGroupSettings[] = {Setting::LpGroup1, Setting::LpGroup2};
@@ -49,9 +69,18 @@ LoadProfileBinding::LoadProfileBinding(MainForm& form, MeterSession& session, Op
         m_checks.Add(list, [this, list] { CheckAgainstValid(list); });
     connect(&session.download, &LpDownload::faceChanged, this, &LoadProfileBinding::ShowFace);
     m_failure = f.findChild<QLabel*>(QStringLiteral("LpDownloadFailure"));
+    m_progress = f.findChild<QProgressBar*>(QStringLiteral("LpDownloadProgress"));
+    m_pace = f.findChild<QLabel*>(QStringLiteral("LpDownloadPace"));
+    m_end = f.findChild<QLabel*>(QStringLiteral("LpDownloadEnd"));
+    m_openFolder = f.findChild<QPushButton*>(QStringLiteral("LpOpenFolder"));
+    connect(&session.download, &LpDownload::rowsSaved, this, &LoadProfileBinding::ShowProgress);
     connect(&session.download, &LpDownload::finished, this, [this](LpEnd end, const QString& why) {
         if (end == LpEnd::FileError)
             m_failure->setText(why);
+        ShowEnd(end);
+    });
+    connect(m_openFolder, &QPushButton::clicked, this, [this] {
+        QDesktopServices::openUrl(QUrl::fromLocalFile(QFileInfo(m_session.download.LpFilePath).absolutePath()));
     });
 }
 
@@ -92,6 +121,41 @@ void LoadProfileBinding::Command8_Click()
         m_prompts.Critical(message);
     if (start == LpStart::FileError)
         m_failure->setText(m_session.Status());
+    if (start == LpStart::Started || start == LpStart::Continued)
+        BeginProgress();
+}
+
+// A continued download counts from where it goes on: its rate is this run's.
+void LoadProfileBinding::BeginProgress()
+{
+    const LpDownload& download = m_session.download;
+    m_from = download.LpCurrentIndex;
+    m_elapsed.start();
+    m_progress->setRange(0, download.LpStopIndex + 1 - m_from);
+    m_end->hide();
+    m_openFolder->hide();
+    ShowProgress();
+}
+
+void LoadProfileBinding::ShowProgress()
+{
+    const int total = m_progress->maximum();
+    // The last step counts past the range's end.
+    const int done = std::min(m_session.download.LpCurrentIndex - m_from, total);
+    m_progress->setValue(done);
+    m_pace->setText(PaceText(done, total, m_elapsed.elapsed()));
+}
+
+void LoadProfileBinding::ShowEnd(LpEnd end)
+{
+    const QString path = m_session.download.LpFilePath;
+    if (path.isEmpty() || !QFileInfo::exists(path))
+        return;
+    const QString shown = QDir::toNativeSeparators(QFileInfo(path).absoluteFilePath());
+    m_end->setText(end == LpEnd::Finished ? QStringLiteral("Saved to %1").arg(shown)
+                                          : QStringLiteral("The rows read so far are in %1").arg(shown));
+    m_end->show();
+    m_openFolder->show();
 }
 
 // A number beyond the intervals the meter holds for the chosen group goes back to the first.

@@ -9,6 +9,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
+#include <QProgressBar>
 #include <QPushButton>
 #include <QVBoxLayout>
 
@@ -164,7 +165,29 @@ QWidget* BuildDownloadFrame(MainForm& form)
     grid->addWidget(form.Combo_LP_Start_No, 0, 3);
     grid->addWidget(Caption(QStringLiteral("Stop no"), form.Combo_LP_Stop_No), 0, 4);
     grid->addWidget(form.Combo_LP_Stop_No, 0, 5);
-    grid->addWidget(form.Command8, 1, 0, 1, 6);
+    grid->addWidget(form.Command8, 1, 0, 1, 2);
+    // How far the download is, beside the button; the file it wrote once it ends. The end's row
+    // takes no room until then: the tab fits a laptop screen.
+    auto* progress = new QProgressBar;
+    progress->setObjectName(QStringLiteral("LpDownloadProgress"));
+    progress->setAccessibleName(QStringLiteral("Intervals downloaded"));
+    progress->setFormat(QStringLiteral("%v / %m"));
+    progress->setValue(0);
+    grid->addWidget(progress, 1, 2, 1, 2);
+    auto* pace = new QLabel;
+    pace->setObjectName(QStringLiteral("LpDownloadPace"));
+    pace->setAccessibleName(QStringLiteral("Download rate and time left"));
+    grid->addWidget(pace, 1, 4, 1, 2);
+    auto* end = new QLabel;
+    end->setObjectName(QStringLiteral("LpDownloadEnd"));
+    end->setWordWrap(true);
+    end->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    end->setVisible(false);
+    grid->addWidget(end, 2, 0, 1, 5);
+    auto* openFolder = Button(QStringLiteral("LpOpenFolder"), QStringLiteral("Open folder"),
+        QStringLiteral("Open the folder holding the downloaded CSV file"));
+    openFolder->setVisible(false);
+    grid->addWidget(openFolder, 2, 5);
     // Why the last download failed (a full disk, a refused file): the poll's next tick rewrites
     // the status line, this stays until the button is pressed again.
     auto* failure = new QLabel;
@@ -172,7 +195,7 @@ QWidget* BuildDownloadFrame(MainForm& form)
     failure->setWordWrap(true);
     failure->setTextInteractionFlags(Qt::TextSelectableByMouse);
     failure->setStyleSheet(QStringLiteral("color: #b00000"));
-    grid->addWidget(failure, 2, 0, 1, 6);
+    grid->addWidget(failure, 3, 0, 1, 6);
     return frame;
 }
 

@@ -1,6 +1,8 @@
 #include "ui/MainForm.h"
 
+#include "session/MeterSession.h"
 #include "ui/ControlFactory.h"
+#include "ui/FindMeterDialog.h"
 #include "ui/FormBinding.h"
 #include "ui/LpPlotView.h"
 #include "ui/PhasorView.h"
@@ -16,13 +18,18 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMessageBox>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QScreen>
 #include <QScrollArea>
+#include <QStyle>
 #include <QTabWidget>
 #include <QTextDocument>
 #include <QVBoxLayout>
 #include <QtMath>
+
+#include <algorithm>
 
 using namespace Controls;
 
@@ -31,6 +38,20 @@ namespace {
 // Room for a few echoed request frames without pushing the tabs. The extra half line keeps the
 // last one whole, whatever leading the font adds.
 constexpr double kFrameEchoLines = 3.5;
+
+// The size the window was laid out for; a smaller screen gets what it has room for.
+constexpr QSize kPreferredSize{1280, 800};
+
+// On a small screen only the page scrolls: the connection bar and the status line, where
+// write results and exceptions appear, stay in view.
+QScrollArea* Scrolling(QWidget* page)
+{
+    auto* scroll = new QScrollArea;
+    scroll->setFrameShape(QFrame::NoFrame);
+    scroll->setWidgetResizable(true);
+    scroll->setWidget(page);
+    return scroll;
+}
 
 } // namespace
 
@@ -42,9 +63,9 @@ MainForm::MainForm(QWidget* parent) : QMainWindow(parent)
     tabs = new QTabWidget;
     tabs->setObjectName(QStringLiteral("tabs"));
     tabs->setAccessibleName(QStringLiteral("Real-time data, meter settings and load profile"));
-    tabs->addTab(BuildRealTimeTab(), QStringLiteral("Real time Data"));
-    tabs->addTab(BuildMeterSettingTab(), QStringLiteral("Meter Settig"));
-    tabs->addTab(BuildLoadProfileTab(), QStringLiteral("Load Profile"));
+    tabs->addTab(Scrolling(BuildRealTimeTab()), QStringLiteral("Real time Data"));
+    tabs->addTab(Scrolling(BuildMeterSettingTab()), QStringLiteral("Meter Settig"));
+    tabs->addTab(Scrolling(BuildLoadProfileTab()), QStringLiteral("Load Profile"));
     tabs->addTab(trafficView = new TrafficView, QStringLiteral("Traffic"));
 
     auto* central = new QWidget;
@@ -52,23 +73,26 @@ MainForm::MainForm(QWidget* parent) : QMainWindow(parent)
     layout->addWidget(BuildConnectionFrame());
     layout->addWidget(tabs, 1);
     layout->addWidget(BuildStatusArea());
-    // On a small screen (a 1366×768 laptop less its task bar) the content scrolls instead of
-    // being clipped; on a large one it grows up to the sizes its fields are given.
-    auto* scroll = new QScrollArea;
-    scroll->setObjectName(QStringLiteral("MainScroll"));
-    scroll->setFrameShape(QFrame::NoFrame);
-    scroll->setWidgetResizable(true);
-    scroll->setWidget(central);
-    setCentralWidget(scroll);
-    resize(1280, 800);
+    setCentralWidget(central);
+    FitOnScreen();
     m_binding = std::make_unique<FormBinding>(*this);
     // Tabs built on the session, so added once it exists.
     tabs->addTab(new TrendView(session().poll), QStringLiteral("Trends"));
     tabs->addTab(new LpPlotView(session().download), QStringLiteral("Load Profile Plot"));
-    tabs->addTab(new PhasorView(session().poll), QStringLiteral("Phasors and wiring"));
+    tabs->addTab(new PhasorView(session().poll, session().freshness), QStringLiteral("Phasors and wiring"));
 }
 
 MainForm::~MainForm() = default;
+
+// Fitted anew on each start; the title bar is not yet there to measure, so the style's is taken.
+void MainForm::FitOnScreen()
+{
+    const QRect available = screen()->availableGeometry();
+    const int titleBar = style()->pixelMetric(QStyle::PM_TitleBarHeight);
+    resize(kPreferredSize.boundedTo(available.size() - QSize(0, titleBar)));
+    move(available.x() + std::max(0, (available.width() - width()) / 2),
+         available.y() + std::max(0, (available.height() - titleBar - height()) / 2));
+}
 
 MeterSession& MainForm::session()
 {
@@ -94,6 +118,9 @@ QWidget* MainForm::BuildConnectionFrame()
     Combo_Modbus_add_sel = ChoiceList(QStringLiteral("Combo_Modbus_add_sel"),
         QStringLiteral("Modbus address of the meter to talk to"), Typing::Typed);
     On_Line = Button(QStringLiteral("On_Line"), QStringLiteral("On Line"), QStringLiteral("Go on line or off line"));
+    cmd_FindMeter = Button(QStringLiteral("cmd_FindMeter"), QStringLiteral("Find meter…"),
+                           QStringLiteral("Scan the port for a meter's address and baud rate"));
+    connect(cmd_FindMeter, &QPushButton::clicked, this, &MainForm::FindMeter);
     txt_Online = TextReadout(QStringLiteral("txt_Online"), QStringLiteral("Connection state"));
     txt_Online->setText(QStringLiteral("Off Line"));
     txt_Online->setAlignment(Qt::AlignCenter);
@@ -126,7 +153,31 @@ QWidget* MainForm::BuildConnectionFrame()
     row->addWidget(On_Line);
     row->addWidget(txt_Online);
     row->addWidget(txt_OffLineReason, 1);
+    row->addWidget(cmd_FindMeter);
     return frame;
+}
+
+// The scan needs the port to itself: on line, the tool goes off line first.
+void MainForm::FindMeter()
+{
+    MeterSession& meterSession = session();
+    if (meterSession.connection.bOnLine.isTrue())
+        meterSession.ToggleOnLine(Combo_Modbus_add_sel->currentText());
+    QString error;
+    const QString device = meterSession.connection.ChosenDevice(&error);
+    if (device.isEmpty()) {
+        QMessageBox::warning(this, QStringLiteral("Find meter"), QStringLiteral("The port cannot be used: %1").arg(error));
+        return;
+    }
+    FindMeterDialog dialog(device, Combo_StopBit->currentText(), this);
+    if (dialog.exec() != QDialog::Accepted || !dialog.Chosen())
+        return;
+    // Picked as the operator would: the lists' handlers pass the choice to the session.
+    const QString address = QString::number(dialog.Chosen()->address);
+    if (Combo_Modbus_add_sel->findText(address) < 0)
+        Combo_Modbus_add_sel->addItem(address);
+    Combo_Modbus_add_sel->setCurrentIndex(Combo_Modbus_add_sel->findText(address));
+    Combo_BaudRate_Sel->setCurrentIndex(Combo_BaudRate_Sel->findText(dialog.Chosen()->baudRate));
 }
 
 QWidget* MainForm::BuildStatusArea()

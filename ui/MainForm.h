@@ -53,6 +53,8 @@ public:
     QComboBox* Combo_StopBit = nullptr;
     QComboBox* Combo_Modbus_add_sel = nullptr;
     QPushButton* On_Line = nullptr;
+    // Scans the chosen port for a meter and takes the address and baud rate it answers at.
+    QPushButton* cmd_FindMeter = nullptr;
     QLineEdit* txt_Online = nullptr;
     // Why the tool went off line, when the operator did not ask for it; kept until the next
     // "On Line".
@@ -126,6 +128,7 @@ public:
     QPushButton* cmd_SaveConfig = nullptr;
     QPushButton* cmd_ApplyConfig = nullptr;
     QPushButton* cmd_TakeMeterValues = nullptr;
+    QPushButton* cmd_CommissioningReport = nullptr;
 
     // "Load Profile" tab. Setting element 0 is the channel count, 1 the interval in minutes,
     // 2 onward the channel codes. Status element 0 is group 1, element 1 group 2.
@@ -161,7 +164,10 @@ protected:
 private:
     std::unique_ptr<FormBinding> m_binding;
 
+    // Opens within the screen's available area, at the laid-out size when there is room for it.
+    void FitOnScreen();
     QWidget* BuildConnectionFrame();
+    void FindMeter();
     QWidget* BuildStatusArea();
     QWidget* BuildRealTimeTab();
     QWidget* BuildMeterSettingTab();

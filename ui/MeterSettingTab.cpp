@@ -19,11 +19,12 @@ using namespace Controls;
 namespace {
 
 // PT voltages such as 33000 or 63.5.
-constexpr int kVoltDigits = 7;
+constexpr int kVoltDigits = 6;
 
-// Room for most values the meter reports for a setting; the clock ("≠ 2026/11/21 13:05:07")
-// shows whole once the window is wider than its minimum.
-constexpr int kReadbackCharacters = 16;
+// Room for most values the meter reports for a setting; a longer one is whole in the tooltip.
+constexpr int kReadbackCharacters = 14;
+// "≠ 2026/11/21 13:05:07" and the field's margins.
+constexpr int kClockCharacters = 23;
 
 // The field beside a setting that shows what the meter holds now.
 QLineEdit* ReadbackField(MainForm& form, Setting setting, const QString& name)
@@ -117,7 +118,7 @@ QWidget* BuildMeasurementSettingFrame(MainForm& form)
                   ReadbackField(form, Setting::Wiring, QStringLiteral("txt_Meter_Wiring")));
     AddSettingRow(grid, QStringLiteral("PT ratio 1"), form.Combo_PT_Ratio, form.Cmd_PT_Ratio,
                   ReadbackField(form, Setting::PtRatio1, QStringLiteral("txt_Meter_PtRatio1")));
-    AddSettingRow(grid, QStringLiteral("PT ratio 2 (primary / secondary)"), BuildPtVoltagePair(form),
+    AddSettingRow(grid, QStringLiteral("PT ratio 2 (primary ÷ secondary)"), BuildPtVoltagePair(form),
                   form.Comm_change_VT, ReadbackField(form, Setting::PtRatio2, QStringLiteral("txt_Meter_PtRatio2")));
     AddSettingRow(grid, QStringLiteral("CT ratio"), form.Combo_CT_Ratio, form.Cmd_CT_Ratio,
                   ReadbackField(form, Setting::CtRatio, QStringLiteral("txt_Meter_CtRatio")));
@@ -148,9 +149,12 @@ QWidget* BuildClockFrame(MainForm& form)
         what->setWordWrap(true); // on a small screen the notes take two lines, not more width
         grid->addWidget(what, r, 1);
     }
+    // Below the notes rather than beside them: the clock shows whole and the column stays narrow.
     QLineEdit* meterClock = ReadbackField(form, Setting::Clock, QStringLiteral("txt_Meter_Clock"));
-    grid->addWidget(Caption(QStringLiteral("Meter clock"), meterClock), 0, 2);
-    grid->addWidget(meterClock, 0, 3);
+    meterClock->setMinimumWidth(meterClock->fontMetrics().horizontalAdvance(QLatin1Char('0')) * kClockCharacters);
+    const int clockRow = int(rows.size());
+    grid->addWidget(Caption(QStringLiteral("Meter clock"), meterClock), clockRow, 0);
+    grid->addWidget(meterClock, clockRow, 1, Qt::AlignLeft);
     grid->setColumnStretch(1, 1);
     return frame;
 }
@@ -163,9 +167,11 @@ QWidget* BuildConfigurationFrame(MainForm& form)
         QStringLiteral("Write the settings of a configuration file that differ to the meter"));
     form.cmd_TakeMeterValues = MeterButton(QStringLiteral("cmd_TakeMeterValues"), QStringLiteral("Take the meter's values"),
         QStringLiteral("Fill the setting fields with what the meter holds now"));
+    form.cmd_CommissioningReport = MeterButton(QStringLiteral("cmd_CommissioningReport"), QStringLiteral("Commissioning report…"),
+        QStringLiteral("Write the meter's settings, measurements, wiring verdict and settings history as a PDF"));
     auto* frame = new QGroupBox(QStringLiteral("Configuration"));
     auto* row = new QHBoxLayout(frame);
-    for (QPushButton* button : {form.cmd_SaveConfig, form.cmd_ApplyConfig, form.cmd_TakeMeterValues})
+    for (QPushButton* button : {form.cmd_SaveConfig, form.cmd_ApplyConfig, form.cmd_TakeMeterValues, form.cmd_CommissioningReport})
         row->addWidget(button);
     row->addStretch(1);
     return frame;

@@ -1,6 +1,7 @@
 #include "ui/PhasorView.h"
 
 #include "connection/PollCycle.h"
+#include "connection/ReadingFreshness.h"
 #include "measure/WiringVerdict.h"
 #include "ui/PhasorDiagram.h"
 #include "ui/StateColours.h"
@@ -12,6 +13,7 @@
 namespace {
 
 const QColor kFindingColour(0xFF, 0xD0, 0x80);
+const QColor kStaleColour(0xD8, 0xD8, 0xD8);
 
 QString Percent(double fraction)
 {
@@ -43,7 +45,8 @@ QLabel* WrappedLabel(const QString& name)
 
 } // namespace
 
-PhasorView::PhasorView(PollCycle& poll, QWidget* parent) : QWidget(parent)
+PhasorView::PhasorView(PollCycle& poll, const ReadingFreshness& freshness, QWidget* parent)
+    : QWidget(parent), m_freshness(freshness)
 {
     setObjectName(QStringLiteral("PhasorView"));
     m_diagram = new PhasorDiagram;
@@ -68,6 +71,7 @@ PhasorView::PhasorView(PollCycle& poll, QWidget* parent) : QWidget(parent)
     layout->addLayout(verdict, 2);
 
     connect(&poll, &PollCycle::readingTaken, this, &PhasorView::ShowReading);
+    connect(&freshness, &ReadingFreshness::changed, this, &PhasorView::ShowVerdict);
 }
 
 void PhasorView::ShowReading(const MeterReading& reading)
@@ -76,20 +80,30 @@ void PhasorView::ShowReading(const MeterReading& reading)
         return;
     m_diagram->ShowReading(reading);
     const WiringVerdict verdict = JudgeWiring(reading);
-    const QString taken = reading.takenAt.time().toString(QStringLiteral("HH:mm:ss"));
     const qsizetype count = verdict.findings.size();
-    QString headline = verdict.Passed() ? QStringLiteral("All checks passed")
-                     : count == 0       ? QStringLiteral("No fault found")
-                     : count == 1       ? QStringLiteral("1 thing to check")
-                                        : QStringLiteral("%1 things to check").arg(count);
-    m_headline->setText(QStringLiteral("%1 (reading of %2)").arg(headline, taken));
-    SetBackground(m_headline, verdict.Passed() ? kOnLineColour : kFindingColour);
-    // Dark text on the light state colour, whatever the theme.
-    QPalette palette = m_headline->palette();
-    palette.setColor(QPalette::WindowText, Qt::black);
-    m_headline->setPalette(palette);
+    m_passed = verdict.Passed();
+    m_summary = m_passed   ? QStringLiteral("All checks passed")
+              : count == 0 ? QStringLiteral("No fault found")
+              : count == 1 ? QStringLiteral("1 thing to check")
+                           : QStringLiteral("%1 things to check").arg(count);
+    m_taken = reading.takenAt.time().toString(QStringLiteral("HH:mm:ss"));
     QStringList paragraphs = verdict.Lines();
     if (verdict.findings.isEmpty())
         paragraphs.removeFirst(); // the summary, which the headline gives
     m_findings->setText(paragraphs.join(QStringLiteral("\n\n")));
+    ShowVerdict();
+}
+
+void PhasorView::ShowVerdict()
+{
+    if (m_summary.isEmpty())
+        return;
+    // Off line or after a failed tick no pass is shown as the meter's: the wiring may have changed since.
+    const bool stale = m_freshness.Stale();
+    m_headline->setText(stale ? QStringLiteral("No longer the meter's: %1 (reading of %2)").arg(m_summary, m_taken)
+                              : QStringLiteral("%1 (reading of %2)").arg(m_summary, m_taken));
+    SetBackground(m_headline, stale ? kStaleColour : m_passed ? kOnLineColour : kFindingColour);
+    QPalette findings = m_findings->palette();
+    findings.setColor(QPalette::WindowText, palette().color(stale ? QPalette::Disabled : QPalette::Active, QPalette::WindowText));
+    m_findings->setPalette(findings);
 }

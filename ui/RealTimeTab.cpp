@@ -15,7 +15,7 @@ using namespace Controls;
 
 namespace {
 
-// Rows a little closer than the style's default keep both grids on a 1280×800 screen.
+// Rows a little closer than the style's default keep both grids on a 1366×768 laptop screen.
 constexpr int kRowSpacing = 3;
 
 // Widest values: powers in the meter's units with seven decimals, e.g. "-12345.1234567".
@@ -135,7 +135,7 @@ QWidget* BuildMeterFrame(MainForm& form)
     const QList<std::tuple<QString, QLineEdit*, QString>> rows{
         {"Frequency", form.txtFrequency, "Hz"},
         {"PT ratio 1", form.txt_PTRatio, ""},
-        {"PT ratio 2 (primary)", form.txtPTRatio2, "V"},
+        {"PT ratio 2 × PT ratio 1", form.txtPTRatio2, "V"},
         {"CT ratio", form.txt_CTRatio, ""},
         {"Meter clock", form.Text5, ""},
         {"Meter identification", form.Text3, ""},

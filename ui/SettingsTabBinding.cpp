@@ -128,8 +128,8 @@ void SettingsTabBinding::ShowReadBack()
         QLineEdit* field = m_form.SettingReadbacks.value(row.setting);
         field->setText(row.differs ? kDiffersMark + row.meter : row.meter);
         field->setCursorPosition(0);
-        field->setToolTip(row.differs ? QStringLiteral("The meter holds another value than the one chosen here")
-                                      : QString());
+        field->setToolTip(row.differs ? row.meter + QStringLiteral(": the meter holds another value than the one chosen here")
+                                      : row.meter);
         if (row.differs)
             SetBackground(field, kDiffersColour);
         else

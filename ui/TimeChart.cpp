@@ -29,6 +29,30 @@ TimeChart::TimeChart(const QString& accessibleName, const QString& timeFormat, Q
     m_values->setLabelFormat(QStringLiteral("%.4g"));
     chart()->addAxis(m_time, Qt::AlignBottom);
     chart()->addAxis(m_values, Qt::AlignLeft);
+    FollowPalette();
+}
+
+void TimeChart::changeEvent(QEvent* event)
+{
+    QChartView::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange)
+        FollowPalette();
+}
+
+// The chart's own theme is light whatever the system's is; the line colours read on both.
+void TimeChart::FollowPalette()
+{
+    const QPalette& colours = palette();
+    const QColor text = colours.color(QPalette::Text);
+    chart()->setBackgroundBrush(colours.brush(QPalette::Window));
+    chart()->setTitleBrush(text);
+    chart()->legend()->setLabelColor(text);
+    for (QAbstractAxis* axis : chart()->axes()) {
+        axis->setLabelsColor(text);
+        axis->setTitleBrush(text);
+        axis->setLinePenColor(colours.color(QPalette::Mid));
+        axis->setGridLineColor(colours.color(QPalette::Mid));
+    }
 }
 
 void TimeChart::SetLines(const QList<Line>& lines)

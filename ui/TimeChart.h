@@ -12,7 +12,8 @@ class QValueAxis;
 
 // A chart of lines over time (x in ms since the epoch) that the trend and load-profile views
 // share: it follows its data until the operator zooms in with the rubber band, and keeps the
-// zoomed range while new data arrives until the zoom is reset.
+// zoomed range while new data arrives until the zoom is reset. Its background, text and axes
+// take the widget's palette, so that a dark theme does not hide them.
 class TimeChart : public QChartView {
     Q_OBJECT
 public:
@@ -32,8 +33,12 @@ public:
     // The chart as it is on screen; the error names the file.
     std::optional<QString> SavePng(const QString& path);
 
+protected:
+    void changeEvent(QEvent* event) override;
+
 private:
     void FitAxes();
+    void FollowPalette();
 
     QDateTimeAxis* m_time;
     QValueAxis* m_values;

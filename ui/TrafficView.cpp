@@ -25,14 +25,16 @@ namespace {
 // the view for each.
 constexpr int kRefreshMs = 250;
 
-const std::array<const char*, 10> kCounterNames{
-    "Requests", "Good replies", "Time-outs", "CRC errors", "Address errors",
+const std::array<const char*, 11> kCounterNames{
+    "Requests", "Good replies", "Time-outs", "Garbled", "CRC errors", "Address errors",
     "Exceptions", "Retries", "Last response", "Mean response", "Ticks per minute",
 };
+constexpr std::size_t kCountersPerRow = (kCounterNames.size() + 1) / 2;
 
-QString Ms(double ms)
+// A response time only once a reply came: 0.0 ms would claim one.
+QString Ms(double ms, qint64 replies)
 {
-    return QStringLiteral("%1 ms").arg(ms, 0, 'f', 1);
+    return replies == 0 ? QStringLiteral("—") : QStringLiteral("%1 ms").arg(ms, 0, 'f', 1);
 }
 
 } // namespace
@@ -57,8 +59,8 @@ TrafficView::TrafficView(QWidget* parent) : QWidget(parent)
         m_counters[i] = new QLabel(QStringLiteral("0"));
         m_counters[i]->setAccessibleName(QString::fromLatin1(kCounterNames[i]));
         m_counters[i]->setMinimumWidth(m_counters[i]->fontMetrics().averageCharWidth() * 10);
-        const int row = int(i / 5);
-        const int column = int(i % 5) * 2;
+        const int row = int(i / kCountersPerRow);
+        const int column = int(i % kCountersPerRow) * 2;
         counters->addWidget(Caption(QString::fromLatin1(kCounterNames[i]), m_counters[i]), row, column);
         counters->addWidget(m_counters[i], row, column + 1);
     }
@@ -113,10 +115,11 @@ void TrafficView::Refresh()
 void TrafficView::ShowCounters()
 {
     const TrafficCounters& c = m_log->Counters();
-    const std::array<QString, 10> values{
+    const std::array<QString, kCounterNames.size()> values{
         QString::number(c.requests), QString::number(c.goodReplies), QString::number(c.timeOuts),
-        QString::number(c.crcErrors), QString::number(c.addressErrors), QString::number(c.exceptions),
-        QString::number(c.retries), Ms(c.lastResponseMs), Ms(c.meanResponseMs), QString::number(c.ticksPerMinute),
+        QString::number(c.garbled), QString::number(c.crcErrors), QString::number(c.addressErrors),
+        QString::number(c.exceptions), QString::number(c.retries), Ms(c.lastResponseMs, c.goodReplies),
+        Ms(c.meanResponseMs, c.goodReplies), QString::number(c.ticksPerMinute),
     };
     for (std::size_t i = 0; i < values.size(); ++i)
         m_counters[i]->setText(values[i]);

@@ -40,5 +40,5 @@ private:
     TrafficLog* m_log = nullptr;
     quint64 m_nextSerial = 0;
     QTimer* m_refresh = nullptr;
-    std::array<QLabel*, 10> m_counters{};
+    std::array<QLabel*, 11> m_counters{};
 };

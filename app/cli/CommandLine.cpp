@@ -7,21 +7,47 @@
 
 namespace {
 
-const QCommandLineOption kPort(QStringLiteral("port"),
-    QStringLiteral("The meter's line: a device path (/dev/ttyUSB0), a port number as the window's list counts "
-                   "them (1 = /dev/ttyS0 ...), \"sim\" for the built-in simulated meter, or tcp://host:port for "
-                   "a serial device server."), QStringLiteral("PORT"));
-const QCommandLineOption kBaud(QStringLiteral("baud"), QStringLiteral("Baud rate of the line: 9600 or 19200 (default 19200)."),
-                               QStringLiteral("RATE"), QStringLiteral("19200"));
-const QCommandLineOption kStopBits(QStringLiteral("stop-bits"), QStringLiteral("Stop bits: 1 or 2 (default 1)."),
-                                   QStringLiteral("N"), QStringLiteral("1"));
-const QCommandLineOption kAddress(QStringLiteral("address"),
-    QStringLiteral("The meter's Modbus address, %1 to %2 (default 15). read, watch, config and lp download also take "
-                   "a list of the meters on one line, such as 1,3,5-9.").arg(kLowestAddress).arg(kHighestAddress),
-    QStringLiteral("N"), QStringLiteral("15"));
-const QCommandLineOption kTimeout(QStringLiteral("timeout"),
-    QStringLiteral("Seconds each of the five attempts of a request waits for the reply (default 2)."),
-    QStringLiteral("SECONDS"), QStringLiteral("2"));
+// The environment's port, for a shell that always talks to the same meter.
+const char kPortVariable[] = "QX5820_PORT";
+
+const QString kPort = QStringLiteral("port");
+const QString kBaud = QStringLiteral("baud");
+const QString kStopBits = QStringLiteral("stop-bits");
+const QString kAddress = QStringLiteral("address");
+const QString kTimeout = QStringLiteral("timeout");
+const QString kVerbose = QStringLiteral("verbose");
+
+// The line options of a command as its declaration says: the short names are mbpoll's.
+QList<QCommandLineOption> LineOptionsOf(const MeterLine& meterLine)
+{
+    QList<QCommandLineOption> options{
+        {{kPort}, QStringLiteral("The meter's line: a device path (/dev/ttyUSB0), a port number as the window's list "
+                                 "counts them (1 = /dev/ttyS0 ...), \"sim\" for the built-in simulated meter, or "
+                                 "tcp://host:port for a serial device server (default: the %1 environment variable).")
+                      .arg(QLatin1String(kPortVariable)), QStringLiteral("PORT")},
+        {{QStringLiteral("b"), kBaud}, QStringLiteral("Baud rate of the line: %1 (default %2).")
+                                           .arg(BaudRateTexts().join(QStringLiteral(" or ")), meterLine.baudDefault),
+         QStringLiteral("RATE"), QStringLiteral("19200")},
+        {{kStopBits}, QStringLiteral("Stop bits: 1 or 2 (default 1)."), QStringLiteral("N"), QStringLiteral("1")},
+        {{QStringLiteral("t"), kTimeout},
+         QStringLiteral("Seconds each of the five attempts of a request waits for the reply, 0.05 to 60 (default %1).")
+             .arg(meterLine.timeoutDefault),
+         QStringLiteral("SECONDS"), QString::number(meterLine.timeoutDefault)},
+    };
+    if (meterLine.addresses != MeterLine::NoAddress)
+        options.append({{QStringLiteral("a"), kAddress},
+                        QStringLiteral("The meter's Modbus address, %1 to %2 (default 15)%3.")
+                            .arg(kLowestAddress).arg(kHighestAddress)
+                            .arg(meterLine.addresses == MeterLine::AddressList
+                                     ? QStringLiteral(", or a list of the meters on one line, such as 1,3,5-9: each is "
+                                                      "read in turn")
+                                     : QString()),
+                        QStringLiteral("N"), QStringLiteral("15")});
+    if (meterLine.frames)
+        options.append({{QStringLiteral("v"), kVerbose},
+                        QStringLiteral("Print each frame on the line to stderr, as the window's traffic monitor shows it.")});
+    return options;
+}
 
 // "1,3,5-9": each address once, in the order given; nothing when the text is not such a list.
 std::optional<QList<int>> AddressList(const QString& text)
@@ -46,20 +72,35 @@ std::optional<QList<int>> AddressList(const QString& text)
 
 } // namespace
 
+const QCommandLineOption kTickCount(QStringLiteral("count"),
+    QStringLiteral("Stop after N ticks (N rounds of the meters of an --address list)."), QStringLiteral("N"));
+
+std::optional<qint64> TickCount(const CommandLine& line)
+{
+    if (!line.IsSet(kTickCount))
+        return -1;
+    bool ok = false;
+    const qint64 ticks = line.Value(kTickCount).toLongLong(&ok);
+    if (ok && ticks >= 1)
+        return ticks;
+    Fail(kExitBadArguments, QStringLiteral("--count must be 1 or more, not \"%1\"").arg(line.Value(kTickCount)));
+    return std::nullopt;
+}
+
 int Fail(int status, const QString& message)
 {
     QTextStream(stderr) << "qx5820: " << message << Qt::endl;
     return status;
 }
 
-CommandLine::CommandLine(const QString& usage, const QString& description, bool talksToMeter)
+CommandLine::CommandLine(const QString& usage, const QString& description, const std::optional<MeterLine>& meterLine)
     : m_usage(usage), m_help(QStringList{QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Show this help.")),
-      m_talksToMeter(talksToMeter)
+      m_meterLine(meterLine)
 {
     m_parser.setApplicationDescription(description);
     m_parser.addOption(m_help);
-    if (talksToMeter)
-        m_parser.addOptions({kPort, kBaud, kStopBits, kAddress, kTimeout});
+    if (meterLine)
+        m_parser.addOptions(LineOptionsOf(*meterLine));
 }
 
 std::optional<int> CommandLine::Parse(const QStringList& arguments)
@@ -101,12 +142,13 @@ std::optional<QString> CommandLine::Unexpected() const
     return std::nullopt;
 }
 
-std::optional<LineOptions> CommandLine::Line(bool addressList) const
+std::optional<LineOptions> CommandLine::Line() const
 {
     LineOptions line;
-    line.port = m_parser.value(kPort);
+    line.port = m_parser.isSet(kPort) ? m_parser.value(kPort) : qEnvironmentVariable(kPortVariable);
     if (line.port.isEmpty()) {
-        Fail(kExitBadArguments, QStringLiteral("no port given: --port DEVICE, a port number, sim or tcp://host:port"));
+        Fail(kExitBadArguments, QStringLiteral("no port given: --port DEVICE, a port number, sim or tcp://host:port, "
+                                               "or the %1 environment variable").arg(QLatin1String(kPortVariable)));
         return std::nullopt;
     }
     line.baudRate = m_parser.value(kBaud);
@@ -119,6 +161,18 @@ std::optional<LineOptions> CommandLine::Line(bool addressList) const
         Fail(kExitBadArguments, QStringLiteral("--stop-bits must be 1 or 2, not \"%1\"").arg(line.stopBits));
         return std::nullopt;
     }
+    bool ok = false;
+    const double seconds = m_parser.value(kTimeout).toDouble(&ok);
+    // Written so that "nan" fails it too.
+    if (!ok || !(seconds >= 0.05 && seconds <= 60)) {
+        Fail(kExitBadArguments, QStringLiteral("--timeout must be 0.05 to 60 seconds, not \"%1\"").arg(m_parser.value(kTimeout)));
+        return std::nullopt;
+    }
+    line.replyTimeoutMs = int(seconds * 1000 + 0.5);
+    line.verbose = m_meterLine->frames && m_parser.isSet(kVerbose);
+    if (m_meterLine->addresses == MeterLine::NoAddress)
+        return line;
+    const bool addressList = m_meterLine->addresses == MeterLine::AddressList;
     const std::optional<QList<int>> addresses = AddressList(m_parser.value(kAddress));
     if (!addresses || (!addressList && addresses->size() > 1)) {
         Fail(kExitBadArguments, QStringLiteral("--address must be %1 to %2%3, not \"%4\"")
@@ -128,13 +182,5 @@ std::optional<LineOptions> CommandLine::Line(bool addressList) const
         return std::nullopt;
     }
     line.addresses = *addresses;
-    bool ok = false;
-    const double seconds = m_parser.value(kTimeout).toDouble(&ok);
-    // Written so that "nan" fails it too.
-    if (!ok || !(seconds >= 0.05 && seconds <= 60)) {
-        Fail(kExitBadArguments, QStringLiteral("--timeout must be 0.05 to 60 seconds, not \"%1\"").arg(m_parser.value(kTimeout)));
-        return std::nullopt;
-    }
-    line.replyTimeoutMs = int(seconds * 1000 + 0.5);
     return line;
 }

@@ -16,14 +16,26 @@ struct LineOptions {
     QString stopBits;           // "1" or "2"
     QList<int> addresses{15};   // each kLowestAddress to kHighestAddress, once, in the order given
     int replyTimeoutMs = 2000;  // one attempt's wait for its reply
+    bool verbose = false;       // each frame on the line to stderr, as the traffic monitor shows it
+};
+
+// The line options a command takes and the defaults its help names: the parser and the help
+// are made from this one declaration, so that the help offers nothing the command refuses.
+struct MeterLine {
+    enum Addresses { OneAddress, AddressList, NoAddress }; // NoAddress: the command goes through them itself
+    Addresses addresses = OneAddress;
+    QString baudDefault = QStringLiteral("19200"); // as the help says it
+    double timeoutDefault = 2;                      // seconds
+    bool frames = true;                             // takes --verbose
 };
 
 // The parser of one command: its own options and, for a command that talks to the meter, the
 // line options. Parse errors and --help are answered here, so that each command only runs.
 class CommandLine {
 public:
-    // `usage` is the command as typed ("read", "lp download"); `arguments` its description.
-    CommandLine(const QString& usage, const QString& description, bool talksToMeter);
+    // `usage` is the command as typed ("read", "lp download"); `description` says what it does.
+    // A command that talks to the meter names the line options it takes.
+    CommandLine(const QString& usage, const QString& description, const std::optional<MeterLine>& meterLine);
 
     void Add(const QCommandLineOption& option) { m_parser.addOption(option); }
     void AddPositional(const QString& name, const QString& description, const QString& syntax = QString())
@@ -41,9 +53,9 @@ public:
     bool LineOptionSet(const QString& name) const { return m_parser.isSet(name); }
     QString Value(const QCommandLineOption& option) const { return m_parser.value(option); }
     QStringList Positional() const { return m_parser.positionalArguments(); }
-    // The line options, checked; nothing after a message on stderr. Only a command that goes
-    // through several meters in turn takes a list of addresses.
-    std::optional<LineOptions> Line(bool addressList = false) const;
+    // The line options, checked; nothing after a message on stderr. Without --port the port
+    // is the environment's QX5820_PORT.
+    std::optional<LineOptions> Line() const;
 
 private:
     std::optional<int> Refused(const QString& message) const;
@@ -52,9 +64,15 @@ private:
     QString m_usage;
     QCommandLineParser m_parser;
     QCommandLineOption m_help;
-    bool m_talksToMeter;
+    std::optional<MeterLine> m_meterLine;
     bool m_takesWords = false;
 };
+
+// --count of a command that repeats each tick.
+extern const QCommandLineOption kTickCount;
+// The ticks --count asks for, -1 (until interrupted) when not given; nothing after a message
+// on stderr.
+std::optional<qint64> TickCount(const CommandLine& line);
 
 // Writes "qx5820: <message>" to stderr and returns `status`, for `return Fail(...)`.
 int Fail(int status, const QString& message);

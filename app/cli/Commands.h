@@ -11,3 +11,9 @@ int RunSet(const QStringList& arguments);
 int RunScan(const QStringList& arguments);
 int RunLp(const QStringList& arguments);
 int RunConfig(const QStringList& arguments);
+int RunReport(const QStringList& arguments);
+int RunWiring(const QStringList& arguments);
+
+// The sub-commands of lp, and what "lp report --help" and "lp --help" say of the report.
+int RunLpReport(const QStringList& arguments);
+extern const QString kLpReportDescription;

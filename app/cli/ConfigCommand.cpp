@@ -8,6 +8,7 @@
 #include "app/cli/MeterRound.h"
 #include "settings/MeterConfiguration.h"
 #include "settings/SettingTable.h"
+#include "settings/SettingsHistory.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -15,6 +16,8 @@
 #include <QRegularExpression>
 #include <QSaveFile>
 #include <QTextStream>
+
+#include <utility>
 
 namespace {
 
@@ -42,6 +45,20 @@ struct Options {
 bool Judged(Setting setting, const Options& options)
 {
     return options.withCommunication || !IsCommunication(setting);
+}
+
+// PT ratio 1 × PT ratio 2's primary ÷ secondary: the primary volts the window's real-time tab
+// shows, which the file holds only as its two ratios.
+QString PrimaryVolts(const MeterConfiguration& configuration)
+{
+    double volts = 1;
+    for (const ConfiguredSetting& item : configuration.settings) {
+        if (item.setting == Setting::PtRatio1)
+            volts *= item.value.fields.value(0);
+        else if (item.setting == Setting::PtRatio2)
+            volts *= item.value.fields.value(0) / item.value.fields.value(1);
+    }
+    return QString::number(volts, 'f', 4);
 }
 
 // Nothing after a message on stderr and the exit status in `status`.
@@ -102,6 +119,9 @@ int Diff(ConsoleSession& console, const MeterConfiguration& configuration, const
         const QString mark = !c.differs ? QStringLiteral(" ") : judged ? QStringLiteral("≠") : QStringLiteral("~");
         out << mark << ' ' << SpecOf(c.item.setting).name << ": file " << c.file << ", meter " << c.meter << '\n';
     }
+    // Follows from the two ratios above, so it is shown but not judged.
+    out << "  PT ratio 2 × PT ratio 1: file " << PrimaryVolts(configuration) << " V, meter "
+        << QString::number(reading->ptRatio2, 'f', 4) << " V\n";
     out << (differs ? "The meter differs from the file (≠)." : "The meter matches the file.");
     if (!options.withCommunication)
         out << " Communication settings (~) count only with --with-communication.";
@@ -109,16 +129,21 @@ int Diff(ConsoleSession& console, const MeterConfiguration& configuration, const
     return differs ? kExitDiffers : kExitOk;
 }
 
-// Writes one setting and waits for its outcome; the status to end with, kExitOk when confirmed.
-int Write(ConsoleSession& console, const ConfiguredSetting& item, bool* ended)
+// Waits for the outcome of write `id` and prints it; the status to end with, kExitOk when
+// confirmed. `ended` when the wait ended first.
+int Report(ConsoleSession& console, quint64 id, bool* ended)
 {
-    const std::optional<SettingOutcome> written = console.Write(item.setting, item.value);
-    if (!written) {
+    const SettingsHistory& history = console.session().settings.history;
+    const auto settled = [&history, id] {
+        const SettingOutcome* outcome = history.Find(id);
+        return outcome != nullptr && outcome->Final();
+    };
+    if (!console.Await(settled) && !settled()) {
         *ended = true;
         return console.Ended();
     }
-    const SettingOutcome& outcome = *written;
-    const QString line = QStringLiteral("%1: %2 → %3: %4").arg(SettingName(item.setting), outcome.from, outcome.to, outcome.Text());
+    const SettingOutcome& outcome = *history.Find(id);
+    const QString line = QStringLiteral("%1: %2 → %3: %4").arg(SettingName(outcome.setting), outcome.from, outcome.to, outcome.Text());
     if (outcome.result == SettingOutcome::Confirmed) {
         QTextStream(stdout) << line << Qt::endl;
         return kExitOk;
@@ -133,6 +158,18 @@ int Apply(ConsoleSession& console, const MeterConfiguration& configuration, cons
         return console.Ended();
     int status = kExitOk;
     int written = 0;
+    // Each write is asked for once the one before has gone, so that it goes with the tick that
+    // confirms that one instead of a tick later; asked for sooner, a display item would take
+    // the place of the one before it. A communication setting is settled before the next: the
+    // tool follows it to the meter.
+    quint64 unsettled = 0; // the write whose outcome is still to print; request numbers start at 1
+    bool ended = false;
+    const auto settle = [&] {
+        if (const int result = Report(console, std::exchange(unsettled, 0), &ended); result != kExitOk)
+            status = result;
+        return !ended;
+    };
+    const SettingsHistory& history = console.session().settings.history;
     for (const SettingComparison& c : Compare(configuration, *before)) {
         if (!c.differs)
             continue;
@@ -147,13 +184,17 @@ int Apply(ConsoleSession& console, const MeterConfiguration& configuration, cons
             continue;
         }
         ++written;
-        bool ended = false;
-        if (const int result = Write(console, c.item, &ended); result != kExitOk) {
-            if (ended)
-                return result;
-            status = result;
-        }
+        const quint64 id = console.session().Request(c.item.setting, c.item.value);
+        if (unsettled != 0 && !settle())
+            return status;
+        if (!console.Await([&history, id] { return history.Find(id) != nullptr; }))
+            return console.Ended();
+        unsettled = id;
+        if (IsCommunication(c.item.setting) && !settle())
+            return status;
     }
+    if (unsettled != 0 && !settle())
+        return status;
     if (written == 0 && status == kExitOk)
         QTextStream(stdout) << "The meter matches the file: nothing was written." << Qt::endl;
     return status;
@@ -161,7 +202,7 @@ int Apply(ConsoleSession& console, const MeterConfiguration& configuration, cons
 
 int RunSub(const QString& name, const QStringList& arguments)
 {
-    CommandLine line(QStringLiteral("config ") + name, kDescription, true);
+    CommandLine line(QStringLiteral("config ") + name, kDescription, MeterLine{.addresses = MeterLine::AddressList});
     if (name != QLatin1String("save"))
         line.Add(kWithCommunication);
     if (name == QLatin1String("apply"))
@@ -171,7 +212,7 @@ int RunSub(const QString& name, const QStringList& arguments)
         return *status;
     if (line.Positional().size() != 1)
         return Fail(kExitBadArguments, QStringLiteral("usage: qx5820 config %1 FILE [options]").arg(name));
-    const std::optional<LineOptions> lineOptions = line.Line(true);
+    const std::optional<LineOptions> lineOptions = line.Line();
     if (!lineOptions)
         return kExitBadArguments;
     const bool save = name == QLatin1String("save");

@@ -6,6 +6,7 @@
 #include "ports/TerminationSignals.h"
 
 #include <QEventLoop>
+#include <QTextStream>
 
 #include <algorithm>
 
@@ -72,6 +73,18 @@ ConsoleSession::ConsoleSession(const LineOptions& line)
     QObject::connect(&m_session->poll, &PollCycle::tickEnded, [this] { Wake(); });
     QObject::connect(&m_session->settings.history, &SettingsHistory::settled, [this] { Wake(); });
     QObject::connect(m_session.get(), &MeterSession::onLineChanged, [this] { Wake(); });
+    if (m_line.verbose)
+        QObject::connect(&m_session->traffic, &TrafficLog::added, [this] { PrintFrames(); });
+}
+
+void ConsoleSession::PrintFrames()
+{
+    const TrafficLog& traffic = m_session->traffic;
+    QTextStream err(stderr);
+    for (const TrafficLog::Entry& entry : traffic.EntriesFrom(m_nextFrame))
+        err << TrafficLog::Line(entry) << '\n';
+    err.flush();
+    m_nextFrame = traffic.NextSerial();
 }
 
 ConsoleSession::~ConsoleSession()

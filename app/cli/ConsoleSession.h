@@ -96,6 +96,9 @@ public:
     ConsolePrompts& prompts() { return m_prompts; }
 
 private:
+    // --verbose: the frames added to the traffic log since the last call, to stderr.
+    void PrintFrames();
+
     LineOptions m_line;
     ConsolePrompts m_prompts;
     NoIntervalLists m_lists;
@@ -105,4 +108,5 @@ private:
     std::unique_ptr<TerminationSignals> m_termination;
     QEventLoop* m_wait = nullptr;
     bool m_interrupted = false;
+    quint64 m_nextFrame = 0; // the traffic log's serial of the first frame not yet printed
 };

@@ -311,7 +311,7 @@ QString LpDownloadRun::WhereItStopped() const
 
 int RunLpDownload(const QStringList& arguments)
 {
-    CommandLine line(QStringLiteral("lp download"), kDescription, true);
+    CommandLine line(QStringLiteral("lp download"), kDescription, MeterLine{.addresses = MeterLine::AddressList});
     line.Add(kGroup);
     line.Add(kFrom);
     line.Add(kTo);
@@ -320,7 +320,7 @@ int RunLpDownload(const QStringList& arguments)
     if (const auto status = line.Parse(arguments))
         return *status;
     const std::optional<Request> request = RequestOf(line);
-    const std::optional<LineOptions> options = line.Line(true);
+    const std::optional<LineOptions> options = line.Line();
     if (!request || !options)
         return kExitBadArguments;
     return LpDownloadRun(*request, *options).Run();
@@ -333,10 +333,14 @@ int RunLp(const QStringList& arguments)
     const QString word = arguments.value(0);
     if (word == QLatin1String("download"))
         return RunLpDownload(arguments.mid(1));
+    if (word == QLatin1String("report"))
+        return RunLpReport(arguments.mid(1));
     if (word == QLatin1String("-h") || word == QLatin1String("--help")) {
-        QTextStream(stdout) << "Usage: qx5820 lp download [options]\n" << kDescription << "\n\nqx5820 lp download --help lists the options.\n";
-        return kExitOk;
+        // Both sub-commands' own help, options and all, so that it is the one their parsers give.
+        RunLpDownload({word});
+        QTextStream(stdout) << '\n';
+        return RunLpReport({word});
     }
-    return Fail(kExitBadArguments, word.isEmpty() ? QStringLiteral("lp needs a sub-command: download (see qx5820 lp download --help)")
-                                                  : QStringLiteral("unknown lp sub-command \"%1\": there is download").arg(word));
+    return Fail(kExitBadArguments, word.isEmpty() ? QStringLiteral("lp needs a sub-command: download or report (see qx5820 lp --help)")
+                                                  : QStringLiteral("unknown lp sub-command \"%1\": there are download and report").arg(word));
 }

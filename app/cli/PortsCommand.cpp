@@ -11,7 +11,7 @@ int RunPorts(const QStringList& arguments)
 {
     CommandLine line(QStringLiteral("ports"),
                      QStringLiteral("Lists the serial ports this machine has, with the adapter's description, maker and "
-                                    "serial number, and the number to give --port for each."), false);
+                                    "serial number, and the number to give --port for each."), std::nullopt);
     if (const auto status = line.Parse(arguments))
         return *status;
 

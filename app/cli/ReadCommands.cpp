@@ -11,18 +11,36 @@
 
 namespace {
 
-const QCommandLineOption kFormat(QStringLiteral("format"), QStringLiteral("table, json or csv."), QStringLiteral("FORMAT"));
+// What read's and watch's help say of their output.
+const QString kOutputNote = QStringLiteral(
+    "\n\nThe table gives each value with its unit; JSON and CSV keys end in theirs (voltage_an_v, frequency_hz, "
+    "energy_delivered_total_kwh). \"time\" is the PC's clock in ISO 8601 with its UTC offset "
+    "(2026-11-24T09:05:00.125+01:00); \"meter_clock\" is the meter's in ISO 8601 without an offset, as the meter "
+    "keeps no zone. pt_ratio_2 is the register (primary ÷ secondary), pt_ratio_2_primary_v the primary volts "
+    "(PT ratio 1 × the register).");
 
-std::optional<ReadingFormat> FormatOf(const CommandLine& line, const QString& fallback, bool tableAllowed)
+// "table, json or csv".
+QString Choices(const QStringList& formats)
 {
-    const QString text = line.IsSet(kFormat) ? line.Value(kFormat) : fallback;
-    const std::optional<ReadingFormat> format = ParseReadingFormat(text);
-    if (!format || (!tableAllowed && *format == ReadingFormat::Table)) {
-        Fail(kExitBadArguments, QStringLiteral("--format must be %1, not \"%2\"")
-                                    .arg(tableAllowed ? QStringLiteral("table, json or csv") : QStringLiteral("csv or json"), text));
+    return formats.mid(0, formats.size() - 1).join(QStringLiteral(", ")) + QStringLiteral(" or ") + formats.last();
+}
+
+// The formats a command prints, its default first: the option's help and its check both say them.
+QCommandLineOption FormatOption(const QStringList& formats)
+{
+    return QCommandLineOption(QStringLiteral("format"),
+                              QStringLiteral("%1 (default %2).").arg(Choices(formats), formats.first()),
+                              QStringLiteral("FORMAT"), formats.first());
+}
+
+std::optional<ReadingFormat> FormatOf(const CommandLine& line, const QCommandLineOption& option, const QStringList& formats)
+{
+    const QString text = line.Value(option);
+    if (!formats.contains(text)) {
+        Fail(kExitBadArguments, QStringLiteral("--format must be %1, not \"%2\"").arg(Choices(formats), text));
         return std::nullopt;
     }
-    return format;
+    return ParseReadingFormat(text);
 }
 
 // Where the lines of a watch go: stdout, or a file that is appended to, each line written
@@ -69,12 +87,15 @@ private:
 
 int RunRead(const QStringList& arguments)
 {
-    CommandLine line(QStringLiteral("read"), QStringLiteral("Reads every measurement and setting of the meter once and prints them."), true);
-    line.Add(kFormat);
+    CommandLine line(QStringLiteral("read"), QStringLiteral("Reads every measurement and setting of the meter once and prints them.") + kOutputNote,
+                     MeterLine{.addresses = MeterLine::AddressList});
+    const QStringList formats{QStringLiteral("table"), QStringLiteral("json"), QStringLiteral("csv")};
+    const QCommandLineOption formatOption = FormatOption(formats);
+    line.Add(formatOption);
     if (const auto status = line.Parse(arguments))
         return *status;
-    const auto format = FormatOf(line, QStringLiteral("table"), true);
-    const auto options = line.Line(true);
+    const auto format = FormatOf(line, formatOption, formats);
+    const auto options = line.Line();
     if (!format || !options)
         return kExitBadArguments;
 
@@ -108,27 +129,22 @@ int RunWatch(const QStringList& arguments)
 {
     CommandLine line(QStringLiteral("watch"),
                      QStringLiteral("Polls the meter as the window does and prints one line a tick (CSV or JSON lines) "
-                                    "until interrupted or for --count ticks."), true);
-    line.Add(kFormat);
-    const QCommandLineOption count(QStringLiteral("count"), QStringLiteral("Stop after N ticks (N rounds of the meters of an --address list)."), QStringLiteral("N"));
+                                    "until interrupted or for --count ticks.") + kOutputNote, MeterLine{.addresses = MeterLine::AddressList});
+    const QStringList formats{QStringLiteral("csv"), QStringLiteral("json")};
+    const QCommandLineOption formatOption = FormatOption(formats);
+    line.Add(formatOption);
     const QCommandLineOption output(QStringLiteral("output"),
         QStringLiteral("Append the lines to FILE instead of printing them (a CSV header only when FILE is new or empty)."),
         QStringLiteral("FILE"));
-    line.Add(count);
+    line.Add(kTickCount);
     line.Add(output);
     if (const auto status = line.Parse(arguments))
         return *status;
-    const auto format = FormatOf(line, QStringLiteral("csv"), false);
-    const auto options = line.Line(true);
-    if (!format || !options)
+    const auto format = FormatOf(line, formatOption, formats);
+    const auto options = line.Line();
+    const std::optional<qint64> ticks = TickCount(line);
+    if (!format || !options || !ticks)
         return kExitBadArguments;
-    qint64 ticks = -1;
-    if (line.IsSet(count)) {
-        bool ok = false;
-        ticks = line.Value(count).toLongLong(&ok);
-        if (!ok || ticks < 1)
-            return Fail(kExitBadArguments, QStringLiteral("--count must be 1 or more, not \"%1\"").arg(line.Value(count)));
-    }
     LineSink sink;
     if (!sink.Open(line.Value(output)))
         return Fail(kExitFileError, sink.Error());
@@ -150,7 +166,7 @@ int RunWatch(const QStringList& arguments)
         header = false;
         return int(kExitOk);
     };
-    for (qint64 rounds = 0; ticks < 0 || rounds < ticks; ++rounds) {
+    for (qint64 rounds = 0; *ticks < 0 || rounds < *ticks; ++rounds) {
         if (!round.Run(tick))
             break;
     }

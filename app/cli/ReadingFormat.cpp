@@ -11,8 +11,8 @@ QList<ReadingField> Fields(const MeterReading& reading, std::optional<int> addre
 {
     QList<ReadingField> fields;
     if (address)
-        fields.append({QStringLiteral("address"), *address});
-    fields.append({QStringLiteral("time"), reading.takenAt.toString(Qt::ISODateWithMs)});
+        fields.append({QStringLiteral("address"), *address, {}, {}});
+    fields.append({QStringLiteral("time"), PcTimeText(reading.takenAt), {}, {}});
     fields += FieldsOf(reading);
     return fields;
 }
@@ -39,7 +39,7 @@ QByteArray Json(const QList<ReadingField>& fields, QJsonDocument::JsonFormat lay
     for (qsizetype i = 0; i < fields.size(); ++i) {
         if (i > 0)
             text += separator;
-        const QByteArray pair = QJsonDocument(QJsonObject{{fields[i].name, fields[i].value}}).toJson(QJsonDocument::Compact);
+        const QByteArray pair = QJsonDocument(QJsonObject{{fields[i].Key(), fields[i].value}}).toJson(QJsonDocument::Compact);
         text += pair.mid(1, pair.size() - 2); // "name":value without the braces
     }
     text += layout == QJsonDocument::Indented ? "\n}\n" : "}\n";
@@ -60,7 +60,7 @@ QByteArray CsvHeader(const QList<ReadingField>& fields)
 {
     QStringList names;
     for (const ReadingField& field : fields)
-        names.append(field.name);
+        names.append(field.Key());
     return names.join(QLatin1Char(',')).toUtf8() + '\n';
 }
 
@@ -78,12 +78,23 @@ QByteArray Table(const QList<ReadingField>& fields)
     for (const ReadingField& field : fields)
         width = std::max(width, field.name.size());
     QString text;
-    for (const ReadingField& field : fields)
-        text += field.name.leftJustified(width + 2) + VisibleText(FieldText(field.value)) + QLatin1Char('\n');
+    for (const ReadingField& field : fields) {
+        const QString value = VisibleText(FieldText(field.value));
+        text += field.name.leftJustified(width + 2) + value
+              + (field.unit.isEmpty() || value.isEmpty() ? QString() : QLatin1Char(' ') + field.unit) + QLatin1Char('\n');
+    }
     return text.toUtf8();
 }
 
 } // namespace
+
+QString PcTimeText(const QDateTime& time)
+{
+    // Qt writes "Z" for UTC; the offset is written out always, so that every line reads alike.
+    const int offset = time.offsetFromUtc();
+    return time.toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss.zzz")) + (offset < 0 ? QLatin1Char('-') : QLatin1Char('+'))
+         + QTime::fromMSecsSinceStartOfDay(std::abs(offset) * 1000).toString(QStringLiteral("HH:mm"));
+}
 
 QString VisibleText(const QString& text)
 {

@@ -110,6 +110,9 @@ void Aftermath(const SetTarget& target, const SettingOutcome& outcome, const Met
             QTextStream(stdout) << deleted << Qt::endl;
         return;
     }
+    // The register is primary ÷ secondary; the real-time tab shows the primary volts it makes.
+    if (outcome.setting == Setting::PtRatio2 && outcome.result == SettingOutcome::Confirmed)
+        QTextStream(stdout) << "PT ratio 2 × PT ratio 1: " << QString::number(session.Reading().ptRatio2, 'f', 4) << " V" << Qt::endl;
     const QString followed = FollowedOption(outcome.setting, session);
     if (followed.isEmpty())
         return;
@@ -225,7 +228,7 @@ QString SetTarget::FieldName(int field) const
 
 int RunSet(const QStringList& arguments)
 {
-    CommandLine line(QStringLiteral("set"), SetHelp(), true);
+    CommandLine line(QStringLiteral("set"), SetHelp(), MeterLine{});
     line.Add(kYes);
     line.Add(kChannels);
     line.Add(kInterval);

@@ -36,7 +36,7 @@ private slots:
         QTest::addColumn<QString>("err");
         const auto sim = [](QStringList more) { return QStringList{QStringLiteral("--port"), QStringLiteral("sim")} + more; };
         QTest::newRow("read as a table") << QStringList{"read"} + sim({}) << 0 << "identification              QX5820  SN004217" << "";
-        QTest::newRow("read over TCP") << QStringList{"read", "--port", "NETWORK", "--format", "csv"} << 0 << "time,voltage_an," << "";
+        QTest::newRow("read over TCP") << QStringList{"read", "--port", "NETWORK", "--format", "csv"} << 0 << "time,voltage_an_v," << "";
         QTest::newRow("scan") << QStringList{"scan"} + sim({}) << 0 << "address 15 at 19200 baud, 1 stop bit: QX5820  SN004217" << "";
         QTest::newRow("scan over TCP") << QStringList{"scan", "--port", "NETWORK", "--to", "20"} << 0 << "address 15 at tcp://127.0.0.1:" << "";
         QTest::newRow("scan finds nobody") << QStringList{"scan"} + sim({"--baud", "9600", "--to", "20"}) << 4 << ""
@@ -97,7 +97,7 @@ private slots:
         QJsonParseError error;
         const QJsonObject object = QJsonDocument::fromJson(json.out, &error).object();
         QCOMPARE(error.error, QJsonParseError::NoError);
-        QVERIFY(object.value("frequency").toDouble() > 49 && object.value("frequency").toDouble() < 51);
+        QVERIFY(object.value("frequency_hz").toDouble() > 49 && object.value("frequency_hz").toDouble() < 51);
         QCOMPARE(object.value("wiring").toString(), QStringLiteral("3P4W"));
 
         const CliResult csv = RunCli({"read", "--port", "sim", "--format", "csv"});
@@ -121,7 +121,7 @@ private slots:
         QVERIFY(file.open(QIODevice::ReadOnly));
         const QList<QByteArray> lines = file.readAll().trimmed().split('\n');
         QCOMPARE(lines.size(), 1 + 2 * 3);
-        QVERIFY(lines[0].startsWith("time,voltage_an,"));
+        QVERIFY(lines[0].startsWith("time,voltage_an_v,"));
         QVERIFY(!lines[4].startsWith("time"));
 
         const CliResult json = RunCli({"watch", "--port", "sim", "--count", "2", "--format", "json"});

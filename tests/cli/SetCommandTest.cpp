@@ -21,6 +21,8 @@ private slots:
         // scroll time 5 s; group 1 holds 1440 intervals, group 2 960 on 4 channels.
         QTest::newRow("ct ratio") << set({"ct-ratio", "200"}) << 0 << "^CT ratio: 5 → 200: confirmed$" << "";
         QTest::newRow("pt ratio") << set({"pt-ratio", "120.5"}) << 0 << "^PT ratio 1: 1\\.0 → 120\\.5: confirmed$" << "";
+        QTest::newRow("pt ratio 2") << set({"pt-ratio-2", "12000", "120"}) << 0
+                                    << "^PT ratio 2 \\(pri\\. ÷ sec\\.\\): 1\\.0000 → 100\\.0000: confirmed\nPT ratio 2 × PT ratio 1: 100\\.0000 V$" << "";
         QTest::newRow("wiring, any case") << set({"wiring", "3p3w 2ct"}) << 0 << "^Wiring: 3P4W → 3P3W 2CT: confirmed$" << "";
         QTest::newRow("scroll time") << set({"scroll-time", "15"}) << 0 << "^Scroll time: 5 s → 15 s: confirmed$" << "";
         QTest::newRow("display item") << set({"display-item", "3", "116"}) << 0

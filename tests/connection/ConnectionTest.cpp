@@ -1,5 +1,6 @@
-// Going on line and off line: the address check, ports that fail, settings strings, and a
-// port that disappears while on line.
+// Going on line and off line: the address check, ports that fail, settings strings, a port
+// that disappears while on line, and what the off-line reason tells to check.
+#include "MeterOnLine.h"
 #include "PtyPair.h"
 #include "RecordingPrompts.h"
 #include "connection/Connection.h"
@@ -132,6 +133,48 @@ private slots:
         QVERIFY(!m_connection->bOnLine.isTrue());
         QVERIFY(!m_connection->port.isOpen());
         QCOMPARE(m_prompts.errors, QStringList{QStringLiteral("Comm Port Error！")});
+    }
+
+    // Each way a meter can fail to answer names what to look at, after the give-up text.
+    void theOffLineReasonSaysWhatToCheck_data()
+    {
+        QTest::addColumn<int>("address");
+        QTest::addColumn<int>("fault"); // -1: none
+        QTest::addColumn<bool>("noise");
+        QTest::addColumn<QString>("check");
+        const int none = -1;
+        QTest::newRow("nothing at all") << 20 << none << false << "nothing came back: check the meter's power";
+        QTest::newRow("bytes, never a frame") << 15 << int(sim::Fault::Kind::Split) << false << "check the baud rate and stop bits";
+        QTest::newRow("another address") << 15 << int(sim::Fault::Kind::WrongAddress) << false << "check the address";
+        QTest::newRow("busy line") << 15 << none << true << "another master on the line";
+    }
+    void theOffLineReasonSaysWhatToCheck()
+    {
+        QFETCH(int, address);
+        QFETCH(int, fault);
+        QFETCH(bool, noise);
+        QFETCH(QString, check);
+        MeterOnLine online;
+        QVERIFY(online.begin(false));
+        if (fault == int(sim::Fault::Kind::Split))
+            online.meter->injectFault(sim::Fault::split(2, 1000));
+        else if (fault >= 0)
+            online.meter->injectFault({.kind = sim::Fault::Kind(fault)});
+        QSignalSpy arrived(&online.connection->port, &Transport::dataArrived);
+        if (noise) {
+            online.meter->setNoise(5000, 0);
+            QVERIFY(arrived.wait(1000)); // the noise is on the line before the request is due
+        }
+        QSignalSpy changes(online.connection.get(), &Connection::onLineChanged);
+        RegisterLink& link = online.link();
+        link.attempts = 1;
+        link.replyTimeoutMs = 300;
+        link.ModbusAddress = qint16(address);
+        link.ResetRxData();
+        QVERIFY(link.ReadRegisters(link.ModbusAddress, Rtu::kReadHolding, 0x1000, 3).gaveUp());
+        QCOMPARE(changes.size(), 1);
+        const QString reason = changes.at(0).at(1).toString();
+        QVERIFY2(reason.startsWith(RegisterLink::GiveUpText(1)) && reason.contains(check), qPrintable(reason));
     }
 
 private:

@@ -18,7 +18,7 @@ namespace {
 
 QString Name(Outcome outcome)
 {
-    static const QStringList names{"sent", "retry", "good", "crc", "address", "exception", "none"};
+    static const QStringList names{"sent", "retry", "good", "crc", "address", "exception", "none", "garbled"};
     return names[int(outcome)];
 }
 
@@ -59,6 +59,9 @@ private slots:
         QTest::newRow("silence, then good") << Script{FakeLine::Answer(), FakeLine::Answer(), Reply(good)}
                                             << "sent none retry none retry good" << Counts{3, 1, 2, 0, 0, 0, 2}
                                             << retrying.mid(0, 2);
+        // Bytes that never make a frame are not a time-out, though the attempt waits as long.
+        QTest::newRow("garbled, then good") << Script{Reply(Hex("FF00FF")), Reply(good)} << "sent garbled retry good"
+                                            << Counts{2, 1, 0, 0, 0, 0, 1} << retrying.mid(0, 1);
         QTest::newRow("gives up") << Silence(5) << "sent none retry none retry none retry none retry none"
                                   << Counts{5, 0, 5, 0, 0, 0, 4} << retrying + QStringList{RegisterLink::GiveUpText()};
     }

@@ -77,7 +77,8 @@ private slots:
         QVERIFY(readings.isEmpty());
         // Blocks 1 to 5 make one image, shown only whole; then one block is shown per read.
         QCOMPARE(blocks.size(), block <= 5 ? 0 : block - 5);
-        const QString reason = QStringLiteral("Communication Error! Retry 5 times! 1 pending command was dropped, not sent.");
+        const QString reason = QStringLiteral("Communication Error! Retry 5 times! — %1. 1 pending command was dropped, not sent.")
+                                   .arg(Connection::WhatToCheck({TransactionResult::CrcError}));
         QCOMPARE(m_on->session->OffLineReason(), reason);
         // The lists are refreshed, and the status line cleared, once the energy block was
         // asked for: a failure there loses the status line's text, never the reason.

@@ -1,12 +1,15 @@
 // The configuration buttons through the window against the simulated meter: a saved file
 // applied after the meter's registers changed writes them back (several display items one after
 // another) and the history shows each confirmed; a file of another format is refused with
-// nothing sent; the meter's values are taken into the setting fields.
+// nothing sent; the meter's values are taken into the setting fields; the commissioning report
+// is written through its dialog, on line and off.
 #include "WindowOnLine.h"
+#include "session/CommissioningReport.h"
 #include "session/MeterSession.h"
 #include "settings/SettingWrites.h"
 #include "sim/SimulatedMeterHost.h"
 #include "ui/ApplyConfigurationDialog.h"
+#include "ui/CommissioningReportDialog.h"
 #include "ui/MainForm.h"
 
 #include <QApplication>
@@ -14,7 +17,10 @@
 #include <QFileDialog>
 #include <QLineEdit>
 #include <QMessageBox>
+#include <QProcess>
 #include <QPushButton>
+#include <QRegularExpression>
+#include <QStandardPaths>
 #include <QTableWidget>
 #include <QTemporaryDir>
 #include <QTimer>
@@ -24,6 +30,24 @@ namespace {
 
 constexpr int kSettleMs = 10000;
 using Registers = QMap<int, int>; // register → value
+
+// The report's text in its layout, so that a row's cells share a line.
+QString PdfText(const QString& path)
+{
+    QProcess process;
+    process.start(QStringLiteral("pdftotext"), {QStringLiteral("-layout"), path, QStringLiteral("-")});
+    return process.waitForFinished(30000) ? QString::fromUtf8(process.readAllStandardOutput()) : QString();
+}
+
+// Writes the report as the dialog's Write button does; the PDF's text.
+QString WriteReport(MainForm& form, const QString& path)
+{
+    CommissioningReportDialog dialog(form);
+    dialog.txt_Engineer->setText(QStringLiteral("A. Tester"));
+    dialog.txt_File->setText(path);
+    const std::optional<QString> error = dialog.Write();
+    return error ? *error : PdfText(path);
+}
 
 } // namespace
 
@@ -110,6 +134,38 @@ private slots:
         form.Combo_CT_Ratio->setEditText(QStringLiteral("7"));
         form.cmd_TakeMeterValues->click();
         QCOMPARE(form.Combo_CT_Ratio->currentText(), QString::number(savedCt));
+    }
+
+    // The report holds the trend's extremes and the history as the window shows them; off line
+    // its reading is dated and not called current. A file that cannot be written is named.
+    void commissioningReportFromTheWindow()
+    {
+        if (QStandardPaths::findExecutable(QStringLiteral("pdftotext")).isEmpty())
+            QSKIP("pdftotext (poppler-utils) is not installed");
+        WindowOnLine window;
+        MainForm& form = window.form;
+        QVERIFY(!form.cmd_CommissioningReport->isEnabled());
+        form.On_Line->click();
+        QTRY_VERIFY_WITH_TIMEOUT(form.cmd_CommissioningReport->isEnabled(), kSettleMs);
+        form.Combo1->setCurrentIndex(form.Combo1->currentIndex() == 1 ? 2 : 1);
+        form.Command6->click();
+        QTRY_COMPARE_WITH_TIMEOUT(form.tbl_SettingsHistory->rowCount(), 1, kSettleMs);
+        QTRY_COMPARE_WITH_TIMEOUT(form.tbl_SettingsHistory->item(0, 3)->text(), QStringLiteral("confirmed"), kSettleMs);
+        const QString written = form.tbl_SettingsHistory->item(0, 0)->text();
+
+        QTemporaryDir dir;
+        const QString onLine = WriteReport(form, dir.filePath(QStringLiteral("on.pdf")));
+        QVERIFY2(onLine.contains(QRegularExpression(written + R"(\s+Scroll.*→.*confirmed)")), qPrintable(onLine));
+        QVERIFY2(onLine.contains(QRegularExpression(R"((?m)^frequency\s+[\d.]+\s+Hz\s+[\d.]+\s+[\d.]+$)")), qPrintable(onLine.section(QStringLiteral("Measurements"), 1)));
+        QVERIFY(!onLine.contains(QStringLiteral("not current")));
+
+        form.On_Line->click();
+        const QString taken = TimeWithOffset(form.session().Reading().takenAt);
+        const QString offLine = WriteReport(form, dir.filePath(QStringLiteral("off.pdf")));
+        QVERIFY2(offLine.contains(QStringLiteral("Reading taken %1 (not current").arg(taken)), qPrintable(offLine));
+
+        const QString blocked = dir.filePath(QStringLiteral("missing/report.pdf"));
+        QVERIFY(WriteReport(form, blocked).startsWith(QStringLiteral("cannot write %1: ").arg(QDir::toNativeSeparators(blocked))));
     }
 };
 

@@ -1,11 +1,14 @@
 // The window going on line and off line: what start-up selected, the faces of both states,
-// the controls that follow them, port errors, and closing the window while the line is busy.
+// the controls that follow them, port errors, closing the window while the line is busy, and
+// finding a meter's address and baud rate.
 #include "session/MeterSession.h"
 #include "sim/SimulatedMeterHost.h"
+#include "ui/FindMeterDialog.h"
 #include "ui/MainForm.h"
 
 #include <QApplication>
 #include <QComboBox>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
@@ -32,6 +35,14 @@ bool TwoStopBitsOn(const QString& device)
     if (fd >= 0)
         ::close(fd);
     return ok && (line.c_cflag & CSTOPB);
+}
+
+// A meter whose wiring passes every check.
+sim::MeterModel BalancedMeter()
+{
+    sim::MeterModel meter;
+    meter.startWithLoad({0.9, false});
+    return meter;
 }
 
 } // namespace
@@ -136,6 +147,50 @@ private slots:
         QVERIFY(!f.isVisible());
     }
 
+    // Off line the wiring verdict is its reading's, greyed and timed: never the meter's green pass.
+    void theWiringVerdictGoesStaleOffLine()
+    {
+        MainForm& f = *m_form;
+        f.session().connection.simulatedMeterDevice = m_balanced.deviceSource();
+        f.ChooseSimulatedMeter();
+        f.On_Line->click();
+        const auto* headline = f.findChild<QLabel*>(QStringLiteral("lbl_WiringHeadline"));
+        const auto background = [headline] { return headline->palette().color(headline->backgroundRole()); };
+        const QColor green(0x80, 0xFF, 0x80);
+        QTRY_VERIFY_WITH_TIMEOUT(headline->text().startsWith(QStringLiteral("All checks passed (reading of ")), 10000);
+        QCOMPARE(background(), green);
+        const QString taken = headline->text().section(QStringLiteral("(reading of "), 1);
+        f.On_Line->click();
+        QVERIFY2(headline->text().startsWith(QStringLiteral("No longer the meter's: All checks passed")), qPrintable(headline->text()));
+        QVERIFY(headline->text().endsWith(QStringLiteral("(reading of ") + taken));
+        QVERIFY(background() != green);
+    }
+
+    // "Find meter…" scans the chosen port; "Use it" puts what answered into the connection frame.
+    void findMeterFillsTheAddressAndBaudRate()
+    {
+        MainForm& f = *m_form;
+        f.ChooseSimulatedMeter();
+        f.Combo_Modbus_add_sel->setCurrentIndex(f.Combo_Modbus_add_sel->findText(QStringLiteral("30")));
+        f.Combo_BaudRate_Sel->setCurrentIndex(f.Combo_BaudRate_Sel->findText(QStringLiteral("9600")));
+        QTimer::singleShot(0, this, [] {
+            QWidget* modal = QApplication::activeModalWidget();
+            auto* dialog = qobject_cast<FindMeterDialog*>(modal);
+            if (dialog == nullptr) {
+                if (modal != nullptr)
+                    modal->close();
+                return;
+            }
+            connect(dialog, &FindMeterDialog::scanEnded, dialog->use, &QPushButton::click);
+            QTimer::singleShot(30'000, dialog, &QDialog::reject);
+        });
+        f.cmd_FindMeter->click();
+        QCOMPARE(f.Combo_Modbus_add_sel->currentText(), QStringLiteral("15"));
+        QCOMPARE(f.Combo_BaudRate_Sel->currentText(), QStringLiteral("19200"));
+        QCOMPARE(f.session().connection.Address(), 15);
+        QCOMPARE(f.session().connection.BaudRate(), QStringLiteral("19200"));
+    }
+
 private:
     // Answers the next modal message box with its default button and notes "title: text".
     void answerMessageBoxes()
@@ -152,6 +207,7 @@ private:
     }
 
     sim::SimulatedMeterHost m_meter; // outlives the window that talks to it
+    sim::SimulatedMeterHost m_balanced{BalancedMeter()};
     std::unique_ptr<MainForm> m_form;
     QStringList m_errors;
 };
