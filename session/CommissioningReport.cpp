@@ -83,19 +83,36 @@ QString Runs(const QList<int>& numbers)
 }
 
 // Every setting the meter holds, in the setting table's names and words.
+// The order a reader expects, the meter's line first, then how it measures, shows and records:
+// the poll cycle serves them in another order, for reasons of its own.
+constexpr Setting kReportOrder[] = {
+    Setting::Address, Setting::BaudRate, Setting::StopBit, Setting::Wiring, Setting::PtRatio1,
+    Setting::PtRatio2, Setting::CtRatio, Setting::ScrollTime, Setting::DisplayItem,
+    Setting::LpGroup1, Setting::LpGroup2,
+};
+
 QList<CommissioningReport::Row> Settings(const MeterReading& reading)
 {
+    const QList<SettingComparison> compared = Compare(ConfigurationOf(reading, {}), reading);
     QList<CommissioningReport::Row> rows;
-    QList<int> empty;
-    for (const SettingComparison& c : Compare(ConfigurationOf(reading, {}), reading)) {
-        // Most display positions hold nothing: they share one row.
-        if (c.item.setting == Setting::DisplayItem && c.item.value.fields.value(1) == 0)
-            empty << int(c.item.value.fields.value(0));
-        else
-            rows.append({SpecOf(c.item.setting).name, c.meter});
+    for (const Setting setting : kReportOrder) {
+        QList<int> empty;
+        for (const SettingComparison& c : compared) {
+            if (c.item.setting != setting)
+                continue;
+            // Most display positions hold nothing: they share one row.
+            if (setting == Setting::DisplayItem && c.item.value.fields.value(1) == 0)
+                empty << int(c.item.value.fields.value(0));
+            else
+                rows.append({SpecOf(setting).name, c.meter});
+        }
+        if (!empty.isEmpty())
+            rows.append({SpecOf(setting).name, QStringLiteral("no item at positions %1").arg(Runs(empty))});
+        // The register is primary ÷ secondary; the meter's display and the real-time tab show
+        // the primary volts it makes with PT ratio 1.
+        if (setting == Setting::PtRatio2)
+            rows.append({QStringLiteral("PT ratio 2 × PT ratio 1"), QStringLiteral("%1 V").arg(reading.ptRatio2, 0, 'f', 4)});
     }
-    if (!empty.isEmpty())
-        rows.append({SpecOf(Setting::DisplayItem).name, QStringLiteral("no item at positions %1").arg(Runs(empty))});
     return rows;
 }
 

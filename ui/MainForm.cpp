@@ -23,6 +23,7 @@
 #include <QPushButton>
 #include <QScreen>
 #include <QScrollArea>
+#include <QScrollBar>
 #include <QStyle>
 #include <QTabWidget>
 #include <QTextDocument>
@@ -42,14 +43,18 @@ constexpr double kFrameEchoLines = 3.5;
 // The size the window was laid out for; a smaller screen gets what it has room for.
 constexpr QSize kPreferredSize{1280, 800};
 
-// On a small screen only the page scrolls: the connection bar and the status line, where
-// write results and exceptions appear, stay in view.
+// On a small screen only the page scrolls, and only up and down: the connection bar and the
+// status line, where write results and exceptions appear, stay in view. The pages are laid out
+// for a laptop's width, so the area is never narrower than its page: a sideways bar would only
+// come and go with the vertical one.
 QScrollArea* Scrolling(QWidget* page)
 {
     auto* scroll = new QScrollArea;
     scroll->setFrameShape(QFrame::NoFrame);
+    scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     scroll->setWidgetResizable(true);
     scroll->setWidget(page);
+    scroll->setMinimumWidth(page->minimumSizeHint().width() + scroll->verticalScrollBar()->sizeHint().width());
     return scroll;
 }
 

@@ -118,7 +118,7 @@ QWidget* BuildMeasurementSettingFrame(MainForm& form)
                   ReadbackField(form, Setting::Wiring, QStringLiteral("txt_Meter_Wiring")));
     AddSettingRow(grid, QStringLiteral("PT ratio 1"), form.Combo_PT_Ratio, form.Cmd_PT_Ratio,
                   ReadbackField(form, Setting::PtRatio1, QStringLiteral("txt_Meter_PtRatio1")));
-    AddSettingRow(grid, QStringLiteral("PT ratio 2 (primary ÷ secondary)"), BuildPtVoltagePair(form),
+    AddSettingRow(grid, QStringLiteral("PT ratio 2 (pri. ÷ sec.)"), BuildPtVoltagePair(form),
                   form.Comm_change_VT, ReadbackField(form, Setting::PtRatio2, QStringLiteral("txt_Meter_PtRatio2")));
     AddSettingRow(grid, QStringLiteral("CT ratio"), form.Combo_CT_Ratio, form.Cmd_CT_Ratio,
                   ReadbackField(form, Setting::CtRatio, QStringLiteral("txt_Meter_CtRatio")));
@@ -261,9 +261,9 @@ QWidget* MainForm::BuildMeterSettingTab()
     left->addWidget(BuildClockFrame(*this));
     left->addStretch(1);
     auto* right = new QVBoxLayout;
-    right->addWidget(BuildDisplayFrame(*this), 3);
+    right->addWidget(BuildDisplayFrame(*this), 1);
     right->addWidget(BuildConfigurationFrame(*this));
-    right->addWidget(BuildHistoryFrame(*this), 2);
+    right->addWidget(BuildHistoryFrame(*this), 1);
     auto* columns = new QHBoxLayout(tab);
     columns->addLayout(left, 1);
     columns->addLayout(right, 1);
