@@ -9,7 +9,7 @@
 #include "measure/PollPlan.h"
 #include "ports/Clock.h"
 #include "session/MeterSession.h"
-#include "sim/MeterRegisters.h"
+#include "sim/BusMeters.h"
 #include "sim/SimulatedMeterHost.h"
 
 #include <QCoreApplication>
@@ -33,10 +33,7 @@ constexpr int kTickRequests = int(PollPlan::kBlocks.size());
 // rounds after one to settle; nothing when a tick failed or the line was lost.
 std::optional<double> MeanRoundMs(int meters, int rounds)
 {
-    std::vector<sim::MeterModel> bus;
-    for (int n = 1; n <= meters; ++n)
-        bus.emplace_back(quint64(n)).setHolding(sim::Reg::kSlaveAddress, quint16(n));
-    sim::SimulatedMeterHost line(std::move(bus));
+    sim::SimulatedMeterHost line(sim::BusMeters(meters));
     line.setPacing(true);
     line.setTurnaround(kTurnaroundMs);
 

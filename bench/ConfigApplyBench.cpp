@@ -11,7 +11,7 @@
 #include "BenchSupport.h"
 #include "link/RegisterLink.h"
 #include "measure/PollPlan.h"
-#include "sim/MeterRegisters.h"
+#include "sim/BusMeters.h"
 #include "sim/SimulatedMeterHost.h"
 
 #include <QCoreApplication>
@@ -127,10 +127,7 @@ struct Traffic {
 // `meters`; prints the figures. False when a step failed.
 bool Measure(int meters, double tickFloorMs)
 {
-    std::vector<sim::MeterModel> bus;
-    for (int n = 1; n <= meters; ++n)
-        bus.emplace_back(quint64(n)).setHolding(sim::Reg::kSlaveAddress, quint16(n));
-    sim::SimulatedMeterHost line(std::move(bus));
+    sim::SimulatedMeterHost line(sim::BusMeters(meters));
     line.setPacing(true);
     line.setTurnaround(kTurnaroundMs);
     const sim::SimulatedMeterHost::Started started = line.start();

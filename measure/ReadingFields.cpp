@@ -8,15 +8,6 @@
 
 namespace {
 
-// The shortest decimal that reads back as the same single: the meter sends singles, and the
-// digits a double adds to them are noise.
-double SinglePrecision(double value)
-{
-    char text[32];
-    const auto end = std::to_chars(text, text + sizeof text, float(value)).ptr;
-    return QByteArray(text, int(end - text)).toDouble();
-}
-
 struct Unit {
     const char* text;
     const char* key;
@@ -93,6 +84,14 @@ QString ClockText(const MeterReading::Clock& c)
 }
 
 } // namespace
+
+double SinglePrecision(double value)
+{
+    char text[32];
+    const auto end = std::to_chars(text, text + sizeof text, float(value)).ptr;
+    return QByteArray(text, int(end - text)).toDouble();
+}
+
 
 QList<ReadingField> FieldsOf(const MeterReading& r)
 {

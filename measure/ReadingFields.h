@@ -25,6 +25,10 @@ struct ReadingField {
 // null values.
 QList<ReadingField> FieldsOf(const MeterReading& reading);
 
+// The shortest decimal that reads back as the same single: the meter sends singles (and the
+// trend keeps them), and the digits a double adds to them are noise.
+double SinglePrecision(double value);
+
 // The value as a table or a CSV file shows it: numbers in their shortest plain form (400000,
 // never 4e+05), texts as they are, null as an empty text.
 QString FieldText(const QJsonValue& value);

@@ -12,9 +12,7 @@
 #include <QJsonObject>
 
 #include <algorithm>
-#include <charconv>
 #include <cstdlib>
-#include <iterator>
 
 namespace {
 
@@ -26,17 +24,6 @@ constexpr const char* kTrendFields[TrendSeries::QuantityCount] = {
     "apparent_power_a", "apparent_power_b", "apparent_power_c", "apparent_power_total",
     "power_factor_avg", "frequency",
 };
-
-// The trend keeps floats: the double of a float's shortest decimal, so that the report shows
-// 230.774 and not 230.774047851562.
-double Decimal(float value)
-{
-    char text[32];
-    const char* end = std::to_chars(std::begin(text), std::end(text), value).ptr;
-    double result = value;
-    std::from_chars(text, end, result);
-    return result;
-}
 
 void AddExtremes(QList<CommissioningReport::Measurement>& rows, const TrendSeries& trend)
 {
@@ -51,8 +38,8 @@ void AddExtremes(QList<CommissioningReport::Measurement>& rows, const TrendSerie
             low = std::min(low, trend.At(i).min[q]);
             high = std::max(high, trend.At(i).max[q]);
         }
-        row->min = Decimal(low);
-        row->max = Decimal(high);
+        row->min = SinglePrecision(low);
+        row->max = SinglePrecision(high);
     }
 }
 

@@ -5,6 +5,7 @@
 #include "sim/MeterRegisters.h"
 #include "sim/SimulatedMeterHost.h"
 #include "ports/TerminationSignals.h"
+#include "sim/BusMeters.h"
 #include "sim/WiringFault.h"
 
 #include <QCommandLineParser>
@@ -210,9 +211,8 @@ int main(int argc, char* argv[])
         return 2;
     }
 
-    std::vector<sim::MeterModel> meters;
-    for (qsizetype n = 0; n < options->addresses.size(); ++n) {
-        sim::MeterModel& model = meters.emplace_back(options->seed + quint64(n));
+    std::vector<sim::MeterModel> meters = sim::BusMeters(options->addresses, options->seed);
+    for (sim::MeterModel& model : meters) {
         if (options->load)
             model.startWithLoad(*options->load);
         model.startWithWiring(options->wiring);
@@ -220,8 +220,6 @@ int main(int argc, char* argv[])
             for (int group = 0; group < 2; ++group)
                 model.startWithHistory(group, *options->history);
         }
-        model.startWithSerialNumber(sim::MeterModel::kSerialNumber + quint32(n));
-        model.setHolding(sim::Reg::kSlaveAddress, options->addresses[n]);
     }
     sim::SimulatedMeterHost host(std::move(meters));
     for (quint8 address : options->silent)

@@ -133,18 +133,13 @@ int Diff(ConsoleSession& console, const MeterConfiguration& configuration, const
 // confirmed. `ended` when the wait ended first.
 int Report(ConsoleSession& console, quint64 id, bool* ended)
 {
-    const SettingsHistory& history = console.session().settings.history;
-    const auto settled = [&history, id] {
-        const SettingOutcome* outcome = history.Find(id);
-        return outcome != nullptr && outcome->Final();
-    };
-    if (!console.Await(settled) && !settled()) {
+    const std::optional<SettingOutcome> outcome = console.Outcome(id);
+    if (!outcome) {
         *ended = true;
         return console.Ended();
     }
-    const SettingOutcome& outcome = *history.Find(id);
-    const QString line = QStringLiteral("%1: %2 → %3: %4").arg(SettingName(outcome.setting), outcome.from, outcome.to, outcome.Text());
-    if (outcome.result == SettingOutcome::Confirmed) {
+    const QString line = QStringLiteral("%1: %2 → %3: %4").arg(SettingName(outcome->setting), outcome->from, outcome->to, outcome->Text());
+    if (outcome->result == SettingOutcome::Confirmed) {
         QTextStream(stdout) << line << Qt::endl;
         return kExitOk;
     }

@@ -138,8 +138,12 @@ std::optional<MeterReading> ConsoleSession::NextReading()
 
 std::optional<SettingOutcome> ConsoleSession::Write(Setting setting, const SettingValue& value)
 {
+    return Outcome(m_session->Request(setting, value));
+}
+
+std::optional<SettingOutcome> ConsoleSession::Outcome(quint64 id)
+{
     const SettingsHistory& history = m_session->settings.history;
-    const quint64 id = m_session->Request(setting, value);
     const auto settled = [&history, id] {
         const SettingOutcome* outcome = history.Find(id);
         return outcome != nullptr && outcome->Final();

@@ -76,6 +76,8 @@ public:
     // Asks for `setting` with `value` and waits for the request's final outcome. Nothing when
     // the wait ended first (off line without an outcome, interrupted): `Ended()` tells which.
     std::optional<SettingOutcome> Write(Setting setting, const SettingValue& value);
+    // Waits for the final outcome of the request numbered `id`, as Write does.
+    std::optional<SettingOutcome> Outcome(quint64 id);
     // Runs the event loop until `done` holds. It is checked after each poll tick, each change
     // of the connection, each settled setting and each Wake(); false when the tool went off
     // line or Ctrl-C came first.

@@ -1,7 +1,7 @@
 // Several meters on one line: read and watch go through them in turn, and a silent one is
 // named and skipped without taking the others down.
 #include "CliRun.h"
-#include "sim/MeterRegisters.h"
+#include "sim/BusMeters.h"
 #include "sim/SimulatedMeterHost.h"
 
 #include <QRegularExpression>
@@ -10,17 +10,6 @@
 #include <vector>
 
 namespace {
-
-std::vector<sim::MeterModel> Bus(int meters)
-{
-    std::vector<sim::MeterModel> bus;
-    for (int n = 1; n <= meters; ++n) {
-        sim::MeterModel& meter = bus.emplace_back(quint64(n));
-        meter.startWithSerialNumber(sim::MeterModel::kSerialNumber + quint32(n));
-        meter.setHolding(sim::Reg::kSlaveAddress, quint16(n));
-    }
-    return bus;
-}
 
 // The meter each JSON line, CSV row or table block of the output names, in order.
 QList<int> AddressesIn(const QByteArray& out)
@@ -60,7 +49,7 @@ private slots:
         QFETCH(int, status);
         QFETCH(QList<int>, addresses);
         QFETCH(QString, err);
-        sim::SimulatedMeterHost line(Bus(3));
+        sim::SimulatedMeterHost line(sim::BusMeters(3));
         QVERIFY(line.setSilent(2));
         const QString port = line.listen().path;
         QVERIFY(!port.isEmpty());

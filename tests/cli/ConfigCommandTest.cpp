@@ -2,6 +2,7 @@
 // where one file serves several meters.
 #include "CliRun.h"
 #include "sim/MeterRegisters.h"
+#include "sim/BusMeters.h"
 #include "sim/SimulatedMeterHost.h"
 
 #include <QFile>
@@ -96,13 +97,7 @@ private slots:
     // One meter's settings carried to the others of its line, a silent one among them.
     void fleet()
     {
-        std::vector<sim::MeterModel> bus;
-        for (int n = 1; n <= 3; ++n) {
-            sim::MeterModel& meter = bus.emplace_back(quint64(n));
-            meter.startWithSerialNumber(sim::MeterModel::kSerialNumber + quint32(n));
-            meter.setHolding(sim::Reg::kSlaveAddress, quint16(n));
-        }
-        sim::SimulatedMeterHost line(std::move(bus));
+        sim::SimulatedMeterHost line(sim::BusMeters(3));
         QVERIFY(line.setSilent(3));
         const QString port = line.listen().path;
         QVERIFY(!port.isEmpty());
@@ -145,7 +140,7 @@ private slots:
         // A file per meter, named after its identification.
         QCOMPARE(run({"config", "save", dir.filePath("fleet")}, "1,2").exitCode, 0);
         for (const int address : {1, 2}) {
-            const QString name = QStringLiteral("QX5820_SN%1.json").arg(sim::MeterModel::kSerialNumber + address, 6, 10, QLatin1Char('0'));
+            const QString name = QStringLiteral("QX5820_SN%1.json").arg(sim::MeterModel::kSerialNumber + address - 1, 6, 10, QLatin1Char('0'));
             const QJsonObject saved = JsonFile(dir.filePath("fleet/" + name));
             QCOMPARE(saved["communication"].toObject()["address"].toInt(), address);
             QCOMPARE(saved["ct_ratio"].toInt(), 300);

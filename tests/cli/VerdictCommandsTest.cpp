@@ -1,21 +1,12 @@
 // wiring and lp report: the core's verdicts from a shell, their text and exit status.
 #include "CliRun.h"
+#include "ReportFixtures.h"
 #include "sim/SimulatedMeterHost.h"
-#include "sim/WiringFault.h"
 
 #include <QTemporaryDir>
 #include <QTest>
 
 namespace {
-
-// A meter on a balanced load, wired with `fault` ("none" for none).
-sim::MeterModel MeterWired(const char* fault)
-{
-    sim::MeterModel meter;
-    meter.startWithLoad({0.9, false});
-    meter.startWithWiring(*sim::WiringFault::parse(QLatin1String(fault)));
-    return meter;
-}
 
 // A download block of a point value and an energy total, a row at each time given.
 QByteArray LpFile(const QList<const char*>& times)

@@ -1,8 +1,8 @@
 // qx5820 report: the PDF's text section by section, its JSON, and the failures' exit status.
 #include "CliRun.h"
+#include "ReportFixtures.h"
 #include "PtyPair.h"
 #include "sim/SimulatedMeterHost.h"
-#include "sim/WiringFault.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -11,28 +11,6 @@
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTest>
-
-namespace {
-
-sim::MeterModel MeterWired(const char* fault)
-{
-    sim::MeterModel meter;
-    meter.startWithLoad({0.9, false});
-    meter.startWithWiring(*sim::WiringFault::parse(QLatin1String(fault)));
-    return meter;
-}
-
-// The PDF's text in its layout, so that a label and its value share a line.
-QString PdfText(const QString& path)
-{
-    QProcess process;
-    process.start(QStringLiteral("pdftotext"), {QStringLiteral("-layout"), path, QStringLiteral("-")});
-    if (!process.waitForFinished(30000))
-        return {};
-    return QString::fromUtf8(process.readAllStandardOutput());
-}
-
-} // namespace
 
 class ReportTest : public QObject {
     Q_OBJECT

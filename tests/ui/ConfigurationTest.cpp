@@ -3,6 +3,7 @@
 // another) and the history shows each confirmed; a file of another format is refused with
 // nothing sent; the meter's values are taken into the setting fields; the commissioning report
 // is written through its dialog, on line and off.
+#include "ReportFixtures.h"
 #include "WindowOnLine.h"
 #include "session/CommissioningReport.h"
 #include "session/MeterSession.h"
@@ -17,7 +18,6 @@
 #include <QFileDialog>
 #include <QLineEdit>
 #include <QMessageBox>
-#include <QProcess>
 #include <QPushButton>
 #include <QRegularExpression>
 #include <QStandardPaths>
@@ -32,13 +32,6 @@ constexpr int kSettleMs = 10000;
 using Registers = QMap<int, int>; // register → value
 
 // The report's text in its layout, so that a row's cells share a line.
-QString PdfText(const QString& path)
-{
-    QProcess process;
-    process.start(QStringLiteral("pdftotext"), {QStringLiteral("-layout"), path, QStringLiteral("-")});
-    return process.waitForFinished(30000) ? QString::fromUtf8(process.readAllStandardOutput()) : QString();
-}
-
 // Writes the report as the dialog's Write button does; the PDF's text.
 QString WriteReport(MainForm& form, const QString& path)
 {

@@ -1,6 +1,7 @@
 // The window going on line and off line: what start-up selected, the faces of both states,
 // the controls that follow them, port errors, closing the window while the line is busy, and
 // finding a meter's address and baud rate.
+#include "ReportFixtures.h"
 #include "session/MeterSession.h"
 #include "sim/SimulatedMeterHost.h"
 #include "ui/FindMeterDialog.h"
@@ -35,14 +36,6 @@ bool TwoStopBitsOn(const QString& device)
     if (fd >= 0)
         ::close(fd);
     return ok && (line.c_cflag & CSTOPB);
-}
-
-// A meter whose wiring passes every check.
-sim::MeterModel BalancedMeter()
-{
-    sim::MeterModel meter;
-    meter.startWithLoad({0.9, false});
-    return meter;
 }
 
 } // namespace
@@ -207,7 +200,7 @@ private:
     }
 
     sim::SimulatedMeterHost m_meter; // outlives the window that talks to it
-    sim::SimulatedMeterHost m_balanced{BalancedMeter()};
+    sim::SimulatedMeterHost m_balanced{MeterWired("none")};
     std::unique_ptr<MainForm> m_form;
     QStringList m_errors;
 };
