@@ -120,4 +120,12 @@ QLabel* Heading(const QString& text)
     return new QLabel(text);
 }
 
+void ShowAsWarning(QWidget& widget, QPalette::ColorRole role)
+{
+    QPalette palette = widget.palette();
+    const bool darkTheme = palette.color(QPalette::Window).lightness() < 128;
+    palette.setColor(role, darkTheme ? QColor(0xFF, 0x80, 0x80) : QColor(0xA0, 0x00, 0x00));
+    widget.setPalette(palette);
+}
+
 } // namespace Controls

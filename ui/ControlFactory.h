@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QPalette>
 #include <QString>
 
 class QCheckBox;
@@ -43,5 +44,8 @@ QCheckBox* CheckBox(const QString& name, const QString& caption, const QString& 
 QLabel* Caption(const QString& text, QWidget* field);
 // Caption with no field of its own (column headings, units).
 QLabel* Heading(const QString& text);
+// Writes `role` of `widget` in red that reads on its theme: dark red on a light window, light
+// red on a dark one.
+void ShowAsWarning(QWidget& widget, QPalette::ColorRole role);
 
 } // namespace Controls

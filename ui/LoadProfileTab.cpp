@@ -194,7 +194,7 @@ QWidget* BuildDownloadFrame(MainForm& form)
     failure->setObjectName(QStringLiteral("LpDownloadFailure"));
     failure->setWordWrap(true);
     failure->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    failure->setStyleSheet(QStringLiteral("color: #b00000"));
+    ShowAsWarning(*failure, QPalette::WindowText);
     grid->addWidget(failure, 3, 0, 1, 6);
     return frame;
 }

@@ -136,10 +136,8 @@ QWidget* MainForm::BuildConnectionFrame()
     txt_OffLineReason->setFrame(false);
     QPalette note = txt_OffLineReason->palette();
     note.setColor(QPalette::Base, palette().color(QPalette::Window));
-    // Dark red on a light window, light red on a dark one.
-    const bool darkTheme = palette().color(QPalette::Window).lightness() < 128;
-    note.setColor(QPalette::Text, darkTheme ? QColor(0xFF, 0x80, 0x80) : QColor(0xA0, 0x00, 0x00));
     txt_OffLineReason->setPalette(note);
+    ShowAsWarning(*txt_OffLineReason, QPalette::Text);
 
     auto* frame = new QGroupBox(QStringLiteral("Connection"));
     auto* row = new QHBoxLayout(frame);
