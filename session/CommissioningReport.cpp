@@ -3,6 +3,7 @@
 #include "measure/ReadingFields.h"
 #include "measure/TrendSeries.h"
 #include "measure/WiringVerdict.h"
+#include "ports/TimeText.h"
 #include "session/MeterSession.h"
 #include "settings/MeterConfiguration.h"
 #include "settings/SettingTable.h"
@@ -186,13 +187,13 @@ QByteArray ReportJson(const CommissioningReport& report)
         {QStringLiteral("header"), QJsonObject{{QStringLiteral("site"), report.site},
                                                {QStringLiteral("engineer"), report.engineer},
                                                {QStringLiteral("note"), report.note},
-                                               {QStringLiteral("pc_time"), TimeWithOffset(report.madeAt)},
+                                               {QStringLiteral("pc_time"), IsoTimeWithOffset(report.madeAt)},
                                                {QStringLiteral("tool_version"), report.toolVersion}}},
         {QStringLiteral("meter"), QJsonObject{{QStringLiteral("identification"), report.identification},
                                               {QStringLiteral("address"), report.address},
                                               {QStringLiteral("baud_rate"), report.baudRate.toInt()},
                                               {QStringLiteral("stop_bits"), report.stopBits.toInt()},
-                                              {QStringLiteral("reading_pc_time"), TimeWithOffset(report.takenAt)},
+                                              {QStringLiteral("reading_pc_time"), IsoTimeWithOffset(report.takenAt)},
                                               {QStringLiteral("reading_fresh"), report.fresh},
                                               {QStringLiteral("meter_clock"), report.meterClock.toString(Qt::ISODate)},
                                               {QStringLiteral("clock_difference_s"), report.ClockDifference()}}},

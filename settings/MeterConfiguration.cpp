@@ -1,6 +1,7 @@
 #include "settings/MeterConfiguration.h"
 
 #include "ports/MeterChoices.h"
+#include "ports/TimeText.h"
 #include "settings/SettingTable.h"
 
 #include <QJsonArray>
@@ -255,10 +256,8 @@ QByteArray ConfigurationJson(const MeterConfiguration& configuration)
 {
     QJsonObject root{{QStringLiteral("format"), MeterConfiguration::kFormat}};
     const ConfigurationSource& source = configuration.source;
-    // With the PC's offset from UTC: files travel between sites.
-    const QDateTime pcTime = source.pcTime.toOffsetFromUtc(source.pcTime.offsetFromUtc());
     root.insert(kSource, QJsonObject{{QStringLiteral("identification"), source.identification},
-                                     {QStringLiteral("pc_time"), pcTime.toString(Qt::ISODateWithMs)},
+                                     {QStringLiteral("pc_time"), IsoTimeWithOffset(source.pcTime)},
                                      {QStringLiteral("tool_version"), source.toolVersion}});
     QJsonObject communication;
     QJsonArray items;

@@ -1,6 +1,7 @@
 #include "app/cli/ReadingFormat.h"
 
 #include "measure/ReadingFields.h"
+#include "ports/TimeText.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -12,7 +13,7 @@ QList<ReadingField> Fields(const MeterReading& reading, std::optional<int> addre
     QList<ReadingField> fields;
     if (address)
         fields.append({QStringLiteral("address"), *address, {}, {}});
-    fields.append({QStringLiteral("time"), PcTimeText(reading.takenAt), {}, {}});
+    fields.append({QStringLiteral("time"), IsoTimeWithOffset(reading.takenAt), {}, {}});
     fields += FieldsOf(reading);
     return fields;
 }
@@ -87,14 +88,6 @@ QByteArray Table(const QList<ReadingField>& fields)
 }
 
 } // namespace
-
-QString PcTimeText(const QDateTime& time)
-{
-    // Qt writes "Z" for UTC; the offset is written out always, so that every line reads alike.
-    const int offset = time.offsetFromUtc();
-    return time.toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss.zzz")) + (offset < 0 ? QLatin1Char('-') : QLatin1Char('+'))
-         + QTime::fromMSecsSinceStartOfDay(std::abs(offset) * 1000).toString(QStringLiteral("HH:mm"));
-}
 
 QString VisibleText(const QString& text)
 {

@@ -18,8 +18,6 @@ std::optional<ReadingFormat> ParseReadingFormat(const QString& text);
 
 // The whole reading: a table, one JSON object, or a CSV header line and one row.
 QByteArray Printed(const MeterReading& reading, ReadingFormat format, std::optional<int> address = std::nullopt);
-// The PC's time as ISO 8601 with its offset from UTC: "2026-11-24T09:05:00.125+01:00".
-QString PcTimeText(const QDateTime& time);
 // Text from the meter or the system as a terminal may show it: every control character (C0,
 // DEL, C1) as a visible "\xNN", so that ESC, CR and line feeds in an identification neither
 // move the cursor nor start an escape sequence.
