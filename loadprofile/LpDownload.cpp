@@ -20,6 +20,15 @@ constexpr int kMaxChannels[] = {12, 8};
 
 const QString kReadAndSave = QStringLiteral("Read And Save");
 
+// Where "LP Data" goes first: beside the program, as the tool always kept it, unless the
+// program was installed into the system's folders, which belong to the package manager whoever
+// may write them (root included); then the documents folder.
+QString ProgramFolder()
+{
+    const QString folder = QCoreApplication::applicationDirPath();
+    return folder.startsWith(QStringLiteral("/usr/")) ? QString() : folder;
+}
+
 } // namespace
 
 QString LpStartMessage(LpStart start)
@@ -34,7 +43,7 @@ QString LpStartMessage(LpStart start)
 LpDownload::LpDownload(Connection& connection, PollCycle& poll, OperatorPrompts& prompts, const Clock& clock,
                        QObject* parent)
     : QObject(parent),
-      programFolder(QCoreApplication::applicationDirPath()),
+      programFolder(ProgramFolder()),
       documentsFolder(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation)),
       m_connection(connection),
       m_poll(poll),

@@ -161,10 +161,12 @@ int LpDownloadRun::Download()
     }
     const auto folder = LpCsvFile::ChooseFolder(lp.programFolder, lp.documentsFolder);
     if (!folder) {
-        return Fail(kExitFileError, m_request.folder.isEmpty()
-            ? QStringLiteral("cannot create the folder \"LP Data\" beside the program (%1) or in %2")
-                  .arg(QDir::toNativeSeparators(lp.programFolder), QDir::toNativeSeparators(lp.documentsFolder))
-            : QStringLiteral("cannot create the folder \"LP Data\" in %1").arg(QDir::toNativeSeparators(m_request.folder)));
+        QStringList tried;
+        for (const QString& parent : {lp.programFolder, lp.documentsFolder}) {
+            if (!parent.isEmpty())
+                tried << QDir::toNativeSeparators(parent);
+        }
+        return Fail(kExitFileError, QStringLiteral("cannot create the folder \"LP Data\" in %1").arg(tried.join(QStringLiteral(" or "))));
     }
     m_folder = folder->path;
     m_recordPath = QDir(m_folder).filePath(LpProgressRecord::FileName(reading->identification, m_request.group));
