@@ -30,8 +30,9 @@ QList<QCommandLineOption> LineOptionsOf(const MeterLine& meterLine)
          QStringLiteral("RATE"), QStringLiteral("19200")},
         {{kStopBits}, QStringLiteral("Stop bits: 1 or 2 (default 1)."), QStringLiteral("N"), QStringLiteral("1")},
         {{QStringLiteral("t"), kTimeout},
-         QStringLiteral("Seconds each of the five attempts of a request waits for the reply, 0.05 to 60 (default %1).")
-             .arg(meterLine.timeoutDefault),
+         (meterLine.attempts == 1 ? QStringLiteral("Seconds each request waits for its reply")
+                                  : QStringLiteral("Seconds each of the %1 attempts of a request waits for the reply").arg(meterLine.attempts))
+             + QStringLiteral(", 0.05 to 60 (default %1).").arg(meterLine.timeoutDefault),
          QStringLiteral("SECONDS"), QString::number(meterLine.timeoutDefault)},
     };
     if (meterLine.addresses != MeterLine::NoAddress)

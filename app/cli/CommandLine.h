@@ -27,6 +27,7 @@ struct MeterLine {
     QString baudDefault = QStringLiteral("19200"); // as the help says it
     double timeoutDefault = 2;                      // seconds
     bool frames = true;                             // takes --verbose
+    int attempts = 5;                               // of each request, as the help says it
 };
 
 // The parser of one command: its own options and, for a command that talks to the meter, the

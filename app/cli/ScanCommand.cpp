@@ -32,7 +32,7 @@ int RunScan(const QStringList& arguments)
                      QStringLiteral("Looks for a meter on the port: tries each address at each baud rate once, with a short "
                                     "time-out, and reports what answered. Both baud rates are tried unless --baud is "
                                     "given; a network port is tried once."),
-                     MeterLine{MeterLine::NoAddress, QStringLiteral("both, 19200 first"), MeterScan::kProbeTimeoutMs / 1000.0, false});
+                     MeterLine{MeterLine::NoAddress, QStringLiteral("both, 19200 first"), MeterScan::kProbeTimeoutMs / 1000.0, false, 1});
     const QString lowest = QString::number(kLowestAddress);
     const QString highest = QString::number(kHighestAddress);
     const QCommandLineOption from(QStringLiteral("from"), QStringLiteral("First address to try (default %1).").arg(lowest),
