@@ -44,16 +44,10 @@ QString FileIn(const QString& parent, const QString& pattern)
     return names.size() == 1 ? folder.filePath(names.first()) : QString();
 }
 
-QByteArray Contents(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 // A number of the progress record in the download folder under `parent`.
 int RecordField(const QString& parent, const char* key)
 {
-    return QJsonDocument::fromJson(Contents(FileIn(parent, "*.progress.json"))).object().value(key).toInt();
+    return QJsonDocument::fromJson(FileBytes(FileIn(parent, "*.progress.json"))).object().value(key).toInt();
 }
 
 } // namespace
@@ -163,12 +157,12 @@ private slots:
                 model = sim::MeterModel(7, QDateTime(QDate(2026, 11, 16), QTime(23, 59, 7), Qt::UTC), sim::SimClock::Mode::Frozen);
             });
             const QByteArray moved = MeterRows(*meter, 0, kChannels[0], next, next).value(0);
-            const QByteArray before = Contents(csv);
+            const QByteArray before = FileBytes(csv);
             const CliResult refused = RunCli(again);
             QCOMPARE(refused.exitCode, 5);
             for (const QByteArray& row : {follows, moved})
                 QVERIFY2(refused.err.contains(LpCsvFile::TimeText(*LpCsvFile::RowTime(row)).toUtf8()), refused.err.constData());
-            QCOMPARE(Contents(csv), before);
+            QCOMPARE(FileBytes(csv), before);
             return;
         }
         const CliResult second = RunCli(again);
@@ -200,12 +194,12 @@ private slots:
         const QString planted = QFileInfo(csv).dir().filePath(name.arg(QFileInfo(csv).fileName().section(u'_', 0, -3)));
         QFile::remove(planted);
         QVERIFY(QFile::link(outside, planted));
-        const QByteArray before = Contents(outside);
+        const QByteArray before = FileBytes(outside);
 
         const CliResult refused = RunCli(Download(1, dir.path(), port, {"--to", "1"}));
         QCOMPARE(refused.exitCode, 6);
         QVERIFY2(QString::fromUtf8(refused.err).contains(planted + ": it is a symbolic link"), refused.err.constData());
-        QCOMPARE(Contents(outside), before);
+        QCOMPARE(FileBytes(outside), before);
     }
 
     // Against the built-in simulated meter; "DIR" stands for an empty folder.

@@ -28,8 +28,6 @@ private slots:
         QTest::newRow("display item") << set({"display-item", "3", "116"}) << 0
                                       << "^Display item: position 3: 103.* → position 3: 116.*: confirmed$" << "";
         QTest::newRow("clock") << set({"clock"}) << 0 << "^Clock: .+ → \\d{4}/\\d\\d/\\d\\d \\d\\d:\\d\\d:\\d\\d: confirmed$" << "";
-        QTest::newRow("address, followed") << set({"address", "20"}) << 0
-                                           << "^Modbus address: 15 → 20: confirmed\nThe meter now answers at --address 20:" << "";
         QTest::newRow("baud rate, followed") << set({"baud", "9600"}) << 0
                                              << "^Baud rate: 19200 → 9600: confirmed\nThe meter now answers at --baud 9600:" << "";
         QTest::newRow("lp group") << set({"lp-group", "2", "--channels", "6", "--interval", "30", "--codes", "1,2", "--yes"}) << 0

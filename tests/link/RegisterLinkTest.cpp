@@ -17,8 +17,6 @@ private slots:
         QTest::newRow("bad CRC") << badCrc << "CRC Error" << false;
         QTest::newRow("other address") << LinkOnFakeLine::BlockReply(20, 1, 16) << "Address Error" << false;
         QTest::newRow("noise before the reply") << Hex("FF00FF") + LinkOnFakeLine::BlockReply(20, 1) << "Address Error" << false;
-        // Five bytes never make the awaited length: the attempt runs out its two seconds.
-        QTest::newRow("exception reply") << Sealed(Hex("0F8302")) << "Exception 2 (Illegal Data Address) from the meter" << true;
         // Sound frames of the awaited length that do not answer a read of 20 registers.
         const QByteArray zeros(40, '\0');
         QTest::newRow("exception padded to the reply's length") << Sealed(Hex("0F8302") + zeros) << "Exception 2 (Illegal Data Address) from the meter" << false;

@@ -24,12 +24,6 @@ namespace {
 
 constexpr int kDownloadMs = 30000;
 
-QByteArray Contents(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 // Writes beyond `bytes` into any file fail, as on a full disk (with EFBIG rather than ENOSPC),
 // while this lives.
 class FileSizeLimit {
@@ -212,11 +206,11 @@ private slots:
         const QString outside = m_folder.filePath("someone else's");
         QVERIFY(QFile::rename(path, outside));
         QVERIFY(QFile::link(outside, path));
-        const QByteArray before = Contents(outside);
+        const QByteArray before = FileBytes(outside);
         QCOMPARE(download().Start(0, 2, 2), LpStart::FileError);
         QCOMPARE(session().Status(), "Cannot open " + QDir::toNativeSeparators(path)
                                          + ": it is a symbolic link, and the download writes through no link");
-        QCOMPARE(Contents(outside), before);
+        QCOMPARE(FileBytes(outside), before);
     }
 
     // The progress record is replaced whole or not at all: a write that fails keeps the old
@@ -240,7 +234,7 @@ private slots:
             QVERIFY(QFile::rename(path, kept));
             QVERIFY(QFile::link(kept, path));
         }
-        const QByteArray before = Contents(kept);
+        const QByteArray before = FileBytes(kept);
         record.next = 9;
         std::optional<QString> error;
         {
@@ -248,7 +242,7 @@ private slots:
             error = record.Save(path);
         }
         QCOMPARE(error.value_or(QString()), "cannot write " + QDir::toNativeSeparators(path) + ": " + reason);
-        QCOMPARE(Contents(kept), before);
+        QCOMPARE(FileBytes(kept), before);
         QCOMPARE(QDir(m_folder.path()).entryList({"*.new"}, QDir::Files), QStringList());
         QString loadError;
         QCOMPARE(bool(LpProgressRecord::Load(path, &loadError)), !link);

@@ -11,6 +11,13 @@
 #include <QFile>
 #include <QList>
 
+// The whole of a file; empty when it cannot be read.
+inline QByteArray FileBytes(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
 // The data rows of a download's CSV file: every line but the header lines ("Date : ..." and
 // "Date,Time,..."), without the line end.
 inline QList<QByteArray> DataRows(const QString& path)

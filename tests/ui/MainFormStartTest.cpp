@@ -191,21 +191,6 @@ private slots:
         QCOMPARE(combo->currentText(), entries[index]);
     }
 
-    // Numbered ports keep their numbers and say which device they open; found ports, the
-    // simulated meter and "Network..." follow them.
-    void portListStartsAtPort3()
-    {
-        MainForm form;
-        form.Form_Load();
-        const QComboBox* list = form.Combo_CommPort;
-        QVERIFY(list->count() >= 17);
-        for (int n = 1; n <= 15; ++n)
-            QCOMPARE(list->itemText(n - 1), QStringLiteral("%1 — /dev/ttyS%2").arg(n).arg(n - 1));
-        QCOMPARE(list->itemText(list->count() - 2), QStringLiteral("Simulated meter"));
-        QCOMPARE(list->itemText(list->count() - 1), QStringLiteral("Network..."));
-        QCOMPARE(list->currentIndex(), 2);
-    }
-
     // A typed value stays as typed: not completed from the entries, not added as an entry.
     void typedListsKeepTheOperatorsText()
     {
