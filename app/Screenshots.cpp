@@ -118,17 +118,18 @@ int main(int argc, char* argv[])
     // folder that goes away with the program).
     QTemporaryDir lpFolder;
     form.session().download.programFolder = lpFolder.path();
-    // A spoiled reply and a lost one shortly before, so that the traffic shows retries.
-    QTimer::singleShot(seconds * 1000 - 600, &form, [&] {
-        simulator.injectFault(sim::Fault::badCrc());
-        simulator.injectFault(sim::Fault::noReply());
-    });
-    QTimer::singleShot(seconds * 1000 + 2500, &form, [&] {
+    // The tabs on a line without trouble; then a spoiled reply and a lost one, so that the
+    // traffic shows retries (and the status line keeps the last of them).
+    QTimer::singleShot(seconds * 1000, &form, [&] {
         for (int tab = 0; tab < form.tabs->count(); ++tab) {
             form.tabs->setCurrentIndex(tab);
             if (!save(QStringLiteral("tab%1.png").arg(tab)))
                 return;
         }
+        simulator.injectFault(sim::Fault::badCrc());
+        simulator.injectFault(sim::Fault::noReply());
+    });
+    QTimer::singleShot(seconds * 1000 + 3100, &form, [&] {
         form.tabs->setCurrentWidget(form.trafficView);
         if (!save(QStringLiteral("traffic.png")))
             return;
