@@ -14,7 +14,7 @@
 int main(int argc, char* argv[])
 {
     QCoreApplication app(argc, argv);
-    MeterOnLine on;
+    SessionOnLine on;
     if (!on.begin(true)) {
         std::fprintf(stderr, "cannot go on line to the simulated meter\n");
         return 1;

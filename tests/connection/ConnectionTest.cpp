@@ -154,18 +154,18 @@ private slots:
         QFETCH(int, fault);
         QFETCH(bool, noise);
         QFETCH(QString, check);
-        MeterOnLine online;
-        QVERIFY(online.begin(false));
+        SessionOnLine online;
+        QVERIFY(online.begin());
         if (fault == int(sim::Fault::Kind::Split))
             online.meter->injectFault(sim::Fault::split(2, 1000));
         else if (fault >= 0)
             online.meter->injectFault({.kind = sim::Fault::Kind(fault)});
-        QSignalSpy arrived(&online.connection->port, &Transport::dataArrived);
+        QSignalSpy arrived(&online.session->connection.port, &Transport::dataArrived);
         if (noise) {
             online.meter->setNoise(5000, 0);
             QVERIFY(arrived.wait(1000)); // the noise is on the line before the request is due
         }
-        QSignalSpy changes(online.connection.get(), &Connection::onLineChanged);
+        QSignalSpy changes(&online.session->connection, &Connection::onLineChanged);
         RegisterLink& link = online.link();
         link.attempts = 1;
         link.replyTimeoutMs = 300;

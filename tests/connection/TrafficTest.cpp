@@ -27,11 +27,6 @@ Counts CountsOf(const TrafficCounters& c)
     return {c.requests, c.goodReplies, c.timeOuts, c.crcErrors, c.addressErrors, c.exceptions, c.retries};
 }
 
-Script Silence(int attempts)
-{
-    return Script(attempts);
-}
-
 } // namespace
 
 class TrafficTest : public QObject {
@@ -62,7 +57,7 @@ private slots:
         // Bytes that never make a frame are not a time-out, though the attempt waits as long.
         QTest::newRow("garbled, then good") << Script{Reply(Hex("FF00FF")), Reply(good)} << "sent garbled retry good"
                                             << Counts{2, 1, 0, 0, 0, 0, 1} << retrying.mid(0, 1);
-        QTest::newRow("gives up") << Silence(5) << "sent none retry none retry none retry none retry none"
+        QTest::newRow("gives up") << Script(RegisterLink::kAttempts) << "sent none retry none retry none retry none retry none"
                                   << Counts{5, 0, 5, 0, 0, 0, 4} << retrying + QStringList{RegisterLink::GiveUpText()};
     }
     void eachAttemptIsReported()

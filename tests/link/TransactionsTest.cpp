@@ -12,8 +12,8 @@ class TransactionsTest : public QObject {
 private slots:
     void theLineWakesTheLinkWhileTheEventLoopRuns()
     {
-        MeterOnLine on;
-        QVERIFY(on.begin());
+        SessionOnLine on;
+        QVERIFY(on.begin(true));
         RegisterLink& link = on.link();
         on.meter->injectFault(sim::Fault::split(4, 40));
         int events = 0;

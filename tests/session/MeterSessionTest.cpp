@@ -180,7 +180,7 @@ private:
     // Spoils every attempt of the tick's transaction number `n` (counted from 1).
     void failTransaction(int n)
     {
-        RegisterLink& link = m_on->session->connection.link;
+        RegisterLink& link = m_on->link();
         link.bShowFrames = kTrue;
         auto count = std::make_shared<int>(0);
         connect(&link, &RegisterLink::requestEcho, this, [this, n, count] {

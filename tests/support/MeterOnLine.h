@@ -40,24 +40,8 @@ inline bool GoOnLineTo(sim::SimulatedMeterHost& meter, Connection& connection)
     return connection.bOnLine.isTrue();
 }
 
-// A connection on line to a simulated meter, for the register transactions.
-struct MeterOnLine {
-    bool begin(bool pacing = true)
-    {
-        meter = FrozenMeter(pacing);
-        connection = std::make_unique<Connection>(prompts);
-        return GoOnLineTo(*meter, *connection);
-    }
-
-    RegisterLink& link() { return connection->link; }
-
-    RecordingPrompts prompts;
-    std::unique_ptr<sim::SimulatedMeterHost> meter;
-    std::unique_ptr<Connection> connection;
-};
-
 // A whole meter session on line to a simulated meter, with no widget: what a command-line
-// front end runs.
+// front end runs, and the connection and register link within it.
 struct SessionOnLine {
     bool begin(bool pacing = false, Via via = Via::PseudoTerminal)
     {
@@ -66,6 +50,7 @@ struct SessionOnLine {
         return meter && GoOnLineTo(*meter, session->connection);
     }
     void tick() { session->poll.Timer1Sec_Timer(); }
+    RegisterLink& link() { return session->connection.link; }
     // The write requests the meter received, without their CRC, in hex.
     QList<QByteArray> writes() const
     {

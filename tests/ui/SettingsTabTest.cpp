@@ -2,9 +2,7 @@
 // listed one, then one above the list) and then its baud rate changed through the buttons while
 // polling goes on, what the meter holds shown beside each setting, the history, a value typed
 // after its click, the checks of typed fields and the item lists.
-#include "session/MeterSession.h"
-#include "sim/SimulatedMeterHost.h"
-#include "ui/MainForm.h"
+#include "WindowOnLine.h"
 
 #include <QApplication>
 #include <QComboBox>
@@ -25,24 +23,12 @@ constexpr int kSettleMs = 10000;
 class SettingsTabTest : public QObject {
     Q_OBJECT
 private slots:
-    void init()
-    {
-        m_meter = std::make_unique<sim::SimulatedMeterHost>();
-        m_meter->setPacing(true);
-        m_form = std::make_unique<MainForm>();
-        m_form->session().connection.simulatedMeterDevice = m_meter->deviceSource();
-        m_form->Form_Load();
-    }
-    void cleanup()
-    {
-        m_form.reset();
-        m_meter.reset();
-    }
+    void init() { m_on = std::make_unique<WindowOnLine>(true); }
+    void cleanup() { m_on.reset(); }
 
     void addressThenBaudRateChangeWhilePollingGoesOn()
     {
-        MainForm& f = *m_form;
-        f.ChooseSimulatedMeter();
+        MainForm& f = m_on->form;
         f.On_Line->click();
         QVERIFY(f.session().connection.bOnLine.isTrue());
         QSignalSpy onLine(&f.session(), &MeterSession::onLineChanged);
@@ -72,7 +58,7 @@ private slots:
             QCOMPARE(f.tbl_SettingsHistory->item(0, 2)->text(),
                      QStringLiteral("%1 → %2").arg(index == 0 ? "19200" : "9600", baud));
         }
-        QCOMPARE(m_meter->holding(0x1000), quint16(100));
+        QCOMPARE(m_on->meter.holding(0x1000), quint16(100));
         QCOMPARE(f.tbl_SettingsHistory->rowCount(), 4);
         QVERIFY(onLine.isEmpty());
     }
@@ -81,9 +67,8 @@ private slots:
     // after the click, with the focus still in the field, is refused and never written.
     void textTypedAfterTheClickIsCheckedWhenServed()
     {
-        MainForm& f = *m_form;
+        MainForm& f = m_on->form;
         MeterSession& session = f.session();
-        f.ChooseSimulatedMeter();
         f.On_Line->click();
         session.connection.Timer1Sec.stop(); // the test runs the ticks
         f.Combo_CT_Ratio->setEditText(QStringLiteral("100"));
@@ -94,7 +79,7 @@ private slots:
         QCOMPARE(f.Combo_CT_Ratio->currentText(), QStringLiteral("0"));
         session.poll.Timer1Sec_Timer();
 
-        for (const sim::LoggedRequest& request : m_meter->requestLog())
+        for (const sim::LoggedRequest& request : m_on->meter.requestLog())
             QVERIFY(quint8(request.frame[1]) != 0x10); // nothing written
         QCOMPARE(newestOutcome(), QStringLiteral("not sent: CT Ratio Range : 1~2400！"));
         QCOMPARE(f.Text6->text(), QStringLiteral("CT Ratio Range : 1~2400！; nothing was sent."));
@@ -105,7 +90,7 @@ private slots:
     // drops down.
     void aTypedFieldIsCheckedAsItLosesTheFocus()
     {
-        MainForm& f = *m_form;
+        MainForm& f = m_on->form;
         f.Combo_CT_Ratio->setEditText(QStringLiteral("12.5"));
         QFocusEvent popup(QEvent::FocusOut, Qt::PopupFocusReason);
         QApplication::sendEvent(f.Combo_CT_Ratio, &popup);
@@ -125,7 +110,7 @@ private slots:
 
     void theItemListButtonsShowAndHideTheirLists()
     {
-        MainForm& f = *m_form;
+        MainForm& f = m_on->form;
         using Toggle = std::pair<QPushButton*, QWidget*>;
         for (auto [button, list] : {Toggle(f.cmdDisplayindex, f.DisplayIndexBox), Toggle(f.cmdLPindexon, f.txtLPindex)}) {
             QVERIFY(!list->isHidden());
@@ -139,15 +124,14 @@ private slots:
     }
 
 private:
-    QString meterNow(Setting setting) const { return m_form->SettingReadbacks.value(setting)->text(); }
+    QString meterNow(Setting setting) const { return m_on->form.SettingReadbacks.value(setting)->text(); }
     QString newestOutcome() const
     {
-        const QTableWidgetItem* item = m_form->tbl_SettingsHistory->item(0, 3);
+        const QTableWidgetItem* item = m_on->form.tbl_SettingsHistory->item(0, 3);
         return item ? item->text() : QString();
     }
 
-    std::unique_ptr<sim::SimulatedMeterHost> m_meter;
-    std::unique_ptr<MainForm> m_form;
+    std::unique_ptr<WindowOnLine> m_on;
 };
 
 QTEST_MAIN(SettingsTabTest)
