@@ -12,6 +12,11 @@ struct Unit {
     const char* text;
     const char* key;
 };
+// A piece of a field's name: as a key ("an") and in words ("L1-N").
+struct Part {
+    const char* key;
+    const char* label;
+};
 constexpr Unit kVolt{"V", "v"}, kAmpere{"A", "a"}, kKilowatt{"kW", "kw"}, kKilovar{"kvar", "kvar"},
     kKilovoltAmpere{"kVA", "kva"}, kDegree{"°", "deg"}, kHertz{"Hz", "hz"}, kKilowattHour{"kWh", "kwh"},
     kKilovarHour{"kvarh", "kvarh"}, kKilovoltAmpereHour{"kVAh", "kvah"}, kSecond{"s", "s"}, kNoUnit{"", ""};
@@ -21,10 +26,11 @@ public:
     explicit Collector(const MeterReading& reading) : m_reading(reading) {}
 
     // A measurement; `unit` kNoUnit for a power factor.
-    void measured(const QString& name, MeterReading::Block block, double value, const Unit& unit)
+    void measured(const QString& name, const QString& label, MeterReading::Block block, double value, const Unit& unit)
     {
         number(name, block, value, unit);
         m_fields.last().measured = true;
+        m_fields.last().label = label;
     }
     void number(const QString& name, MeterReading::Block block, double value, const Unit& unit = kNoUnit)
     {
@@ -41,11 +47,12 @@ public:
         m_fields.append({name, m_reading.Has(block) ? QJsonValue(value) : QJsonValue(), {}, {}});
     }
     template <std::size_t N>
-    void row(const char* quantity, const char* const (&suffixes)[N], const std::array<double, N>& values, const Unit& unit,
+    void row(const Part& quantity, const Part (&parts)[N], const std::array<double, N>& values, const Unit& unit,
              MeterReading::Block block = MeterReading::RealTimeImage)
     {
         for (std::size_t i = 0; i < N; ++i)
-            measured(QStringLiteral("%1_%2").arg(QLatin1String(quantity), QLatin1String(suffixes[i])), block, values[i], unit);
+            measured(QStringLiteral("%1_%2").arg(QLatin1String(quantity.key), QLatin1String(parts[i].key)),
+                     QStringLiteral("%1 %2").arg(QLatin1String(quantity.label), QLatin1String(parts[i].label)), block, values[i], unit);
     }
     QList<ReadingField> take() { return std::move(m_fields); }
 
@@ -54,18 +61,20 @@ private:
     QList<ReadingField> m_fields;
 };
 
-constexpr const char* kPhases[] = {"a", "b", "c"};
-constexpr const char* kPhasesAverage[] = {"a", "b", "c", "avg"};
-constexpr const char* kPhasesTotal[] = {"a", "b", "c", "total"};
-constexpr const char* kPhaseVoltages[] = {"an", "bn", "cn", "ln_avg"};
-constexpr const char* kLineVoltages[] = {"ab", "bc", "ca", "ll_avg"};
+constexpr Part kPhases[] = {{"a", "L1"}, {"b", "L2"}, {"c", "L3"}};
+constexpr Part kPhasesAverage[] = {{"a", "L1"}, {"b", "L2"}, {"c", "L3"}, {"avg", "average"}};
+constexpr Part kPhasesTotal[] = {{"a", "L1"}, {"b", "L2"}, {"c", "L3"}, {"total", "total"}};
+constexpr Part kPhaseVoltages[] = {{"an", "L1-N"}, {"bn", "L2-N"}, {"cn", "L3-N"}, {"ln_avg", "L-N average"}};
+constexpr Part kLineVoltages[] = {{"ab", "L1-L2"}, {"bc", "L2-L3"}, {"ca", "L3-L1"}, {"ll_avg", "L-L average"}};
 struct Energy {
-    const char* name;
+    Part name;
     Unit unit;
 };
-constexpr Energy kEnergies[] = {{"energy_delivered", kKilowattHour}, {"energy_received", kKilowattHour},
-                                {"energy_lagging", kKilovarHour},    {"energy_leading", kKilovarHour},
-                                {"energy_apparent", kKilovoltAmpereHour}};
+constexpr Energy kEnergies[] = {{{"energy_delivered", "kWh delivered"}, kKilowattHour},
+                                {{"energy_received", "kWh received"}, kKilowattHour},
+                                {{"energy_lagging", "kvarh lagging"}, kKilovarHour},
+                                {{"energy_leading", "kvarh leading"}, kKilovarHour},
+                                {{"energy_apparent", "kVAh"}, kKilovoltAmpereHour}};
 // The wiring setting's name by code; the wiring the meter detects reads "none" for code 0.
 QString WiringName(int code, bool detected)
 {
@@ -97,20 +106,21 @@ QList<ReadingField> FieldsOf(const MeterReading& r)
 {
     using B = MeterReading;
     Collector c(r);
-    c.row("voltage", kPhaseVoltages, r.phaseVoltage, kVolt);
-    c.row("voltage", kLineVoltages, r.lineVoltage, kVolt);
-    c.row("current", kPhasesAverage, r.current, kAmpere);
-    c.row("active_power", kPhasesTotal, r.activePower, kKilowatt);
-    c.row("reactive_power", kPhasesTotal, r.reactivePower, kKilovar);
-    c.row("apparent_power", kPhasesTotal, r.apparentPower, kKilovoltAmpere);
-    c.row("power_factor", kPhasesAverage, r.powerFactor, kNoUnit);
-    c.row("voltage_angle", kPhases, r.voltageAngle, kDegree);
-    c.row("current_angle", kPhases, r.currentAngle, kDegree);
-    c.measured(QStringLiteral("frequency"), B::Frequency, r.frequency, kHertz);
+    c.row({"voltage", "Voltage"}, kPhaseVoltages, r.phaseVoltage, kVolt);
+    c.row({"voltage", "Voltage"}, kLineVoltages, r.lineVoltage, kVolt);
+    c.row({"current", "Current"}, kPhasesAverage, r.current, kAmpere);
+    c.row({"active_power", "Active power"}, kPhasesTotal, r.activePower, kKilowatt);
+    c.row({"reactive_power", "Reactive power"}, kPhasesTotal, r.reactivePower, kKilovar);
+    c.row({"apparent_power", "Apparent power"}, kPhasesTotal, r.apparentPower, kKilovoltAmpere);
+    c.row({"power_factor", "Power factor"}, kPhasesAverage, r.powerFactor, kNoUnit);
+    c.row({"voltage_angle", "Voltage angle"}, kPhases, r.voltageAngle, kDegree);
+    c.row({"current_angle", "Current angle"}, kPhases, r.currentAngle, kDegree);
+    c.measured(QStringLiteral("frequency"), QStringLiteral("Frequency"), B::Frequency, r.frequency, kHertz);
     for (int kind = 0; kind < B::EnergyKinds; ++kind) {
         const Energy& energy = kEnergies[kind];
         c.row(energy.name, kPhases, r.energy[std::size_t(kind)], energy.unit, B::Energy);
-        c.measured(QStringLiteral("%1_total").arg(QLatin1String(energy.name)), B::Energy, r.EnergyTotal(kind), energy.unit);
+        c.measured(QStringLiteral("%1_total").arg(QLatin1String(energy.name.key)),
+                   QStringLiteral("%1 total").arg(QLatin1String(energy.name.label)), B::Energy, r.EnergyTotal(kind), energy.unit);
     }
     c.number(QStringLiteral("pt_ratio_1"), B::Ratios, r.ptRatio1Register / 10.0);
     c.whole(QStringLiteral("ct_ratio"), B::Ratios, r.ctRatioRegister);

@@ -15,6 +15,7 @@ struct ReadingField {
     QString unit;      // "V", "kWh", "°"; empty for a ratio, a count, a text
     QString unitKey;   // the unit as a key ends with it: "v", "kwh", "deg"
     bool measured = false; // a measurement (a power factor too), not a ratio or setting
+    QString label{};       // a measurement's name in words, for people: "Voltage L1-N"
 
     // The name with its unit, for keys that other programs read: "voltage_an_v", "frequency_hz".
     QString Key() const { return unitKey.isEmpty() ? name : name + QLatin1Char('_') + unitKey; }

@@ -198,7 +198,7 @@ void DrawReport(Pages& pages, const CommissioningReport& r)
     if (extremes)
         measured.header << QStringLiteral("Min") << QStringLiteral("Max");
     for (const CommissioningReport::Measurement& m : r.measurements) {
-        QStringList cells{m.name, Number(m.value), m.unit};
+        QStringList cells{m.label, Number(m.value), m.unit};
         if (extremes)
             cells << (m.min ? Number(*m.min) : QString()) << (m.max ? Number(*m.max) : QString());
         measured.rows.append(cells);

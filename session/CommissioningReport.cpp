@@ -49,7 +49,7 @@ QList<CommissioningReport::Measurement> Measurements(const MeterReading& reading
     QList<CommissioningReport::Measurement> rows;
     for (const ReadingField& field : FieldsOf(reading)) {
         if (field.measured && field.value.isDouble())
-            rows.append({field.name, field.value.toDouble(), field.unit, field.unitKey, {}, {}});
+            rows.append({field.name, field.label, field.value.toDouble(), field.unit, field.unitKey, {}, {}});
     }
     if (trend)
         AddExtremes(rows, *trend);

@@ -23,6 +23,7 @@ struct CommissioningReport {
     };
     struct Measurement {
         QString name;  // as FieldsOf names it: "voltage_an"
+        QString label; // in words: "Voltage L1-N"
         double value = 0;
         QString unit;  // "V", "kW"; empty for a power factor
         QString unitKey; // the unit in a JSON key: "v", "kw", "deg"

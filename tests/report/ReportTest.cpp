@@ -45,10 +45,10 @@ private slots:
         QTest::newRow("settings") << "well" << QStringList{R"(Wiring\s+\S+)", R"(PT ratio 1\s+[\d.]+)", R"(PT ratio 2 \(pri\. ÷ sec\.\)\s+[\d.]+)",
                                                            R"(CT ratio\s+\d+)", R"(Scroll time\s+\d+\s*s)", R"(Display item\s+position 1: \d+)",
                                                            R"(LP group 1\s+\d+ channels every \d+ min)", R"(LP group 2\s+\d+ channels)"};
-        QTest::newRow("measurements") << "well" << QStringList{R"(voltage_an\s+2\d\d\.?\d* V\b)", R"(voltage_ab\s+[34]\d\d\.?\d* V\b)",
-                                                               R"(current_a\s+[\d.]+ A\b)", R"(active_power_total\s+[\d.]+ kW\b)",
-                                                               R"(power_factor_avg\s+0\.[89]\d*\s)", R"(current_angle_a\s+[\d.]+ °)",
-                                                               R"(frequency\s+(49|50)\.?\d* Hz)", R"(energy_delivered_total\s+[\d.]+ kWh)"};
+        QTest::newRow("measurements") << "well" << QStringList{R"(Voltage L1-N\s+2\d\d\.?\d* V\b)", R"(Voltage L1-L2\s+[34]\d\d\.?\d* V\b)",
+                                                               R"(Current L1\s+[\d.]+ A\b)", R"(Active power total\s+[\d.]+ kW\b)",
+                                                               R"(Power factor average\s+0\.[89]\d*\s)", R"(Current angle L1\s+[\d.]+ °)",
+                                                               R"(Frequency\s+(49|50)\.?\d* Hz)", R"(kWh delivered total\s+[\d.]+ kWh)"};
         QTest::newRow("wiring, well") << "well" << QStringList{"Voltages solid, currents dashed", R"(\bV1\b)", R"(\bI3\b)", "All checks passed"};
         QTest::newRow("wiring, CT backwards") << "miswired" << QStringList{"L1: current reversed"};
     }

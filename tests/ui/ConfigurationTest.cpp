@@ -140,7 +140,7 @@ private slots:
         QTemporaryDir dir;
         const QString onLine = WriteReport(form, dir.filePath(QStringLiteral("on.pdf")));
         QVERIFY2(onLine.contains(QRegularExpression(written + R"(\s+Scroll.*→.*confirmed)")), qPrintable(onLine));
-        QVERIFY2(onLine.contains(QRegularExpression(R"((?m)^frequency\s+[\d.]+\s+Hz\s+[\d.]+\s+[\d.]+$)")), qPrintable(onLine.section(QStringLiteral("Measurements"), 1)));
+        QVERIFY2(onLine.contains(QRegularExpression(R"((?m)^Frequency\s+[\d.]+\s+Hz\s+[\d.]+\s+[\d.]+$)")), qPrintable(onLine.section(QStringLiteral("Measurements"), 1)));
         QVERIFY(!onLine.contains(QStringLiteral("not current")));
 
         form.On_Line->click();
