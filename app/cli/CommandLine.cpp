@@ -3,6 +3,7 @@
 #include "app/cli/ExitCodes.h"
 #include "ports/MeterChoices.h"
 
+#include <QFile>
 #include <QTextStream>
 
 namespace {
@@ -92,6 +93,14 @@ int Fail(int status, const QString& message)
 {
     QTextStream(stderr) << "qx5820: " << message << Qt::endl;
     return status;
+}
+
+int PrintOut(const QByteArray& bytes)
+{
+    QFile out;
+    if (!out.open(stdout, QIODevice::WriteOnly) || out.write(bytes) < 0 || !out.flush())
+        return Fail(kExitFileError, QStringLiteral("cannot write the output: ") + out.errorString());
+    return kExitOk;
 }
 
 CommandLine::CommandLine(const QString& usage, const QString& description, const std::optional<MeterLine>& meterLine)

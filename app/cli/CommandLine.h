@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QCommandLineOption>
 #include <QCommandLineParser>
 #include <QList>
@@ -77,3 +78,6 @@ std::optional<qint64> TickCount(const CommandLine& line);
 
 // Writes "qx5820: <message>" to stderr and returns `status`, for `return Fail(...)`.
 int Fail(int status, const QString& message);
+// Writes `bytes` to stdout at once, for a script reading as it goes: kExitOk, or kExitFileError
+// after a message (a closed pipe, a full disk).
+int PrintOut(const QByteArray& bytes);

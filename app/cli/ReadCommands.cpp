@@ -102,9 +102,6 @@ int RunRead(const QStringList& arguments)
     ConsoleSession console(*options);
     if (const int status = console.GoOnLine(); status != kExitOk)
         return status;
-    QFile out;
-    if (!out.open(stdout, QIODevice::WriteOnly))
-        return Fail(kExitFileError, QStringLiteral("cannot write the output: ") + out.errorString());
     // Several meters: JSON lines, one CSV header, table blocks apart.
     const bool several = options->addresses.size() > 1;
     bool first = true;
@@ -118,9 +115,7 @@ int RunRead(const QStringList& arguments)
             : *format == ReadingFormat::Table ? (first ? QByteArray() : QByteArray("\n")) + Printed(*reading, *format, address)
                                               : LogLine(*reading, *format, first, address);
         first = false;
-        if (out.write(text) < 0 || !out.flush())
-            return Fail(kExitFileError, QStringLiteral("cannot write the output: ") + out.errorString());
-        return int(kExitOk);
+        return PrintOut(text);
     });
     return round.Finish();
 }

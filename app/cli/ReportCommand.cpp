@@ -8,7 +8,6 @@
 
 #include <QCoreApplication>
 #include <QDir>
-#include <QFile>
 #include <QSaveFile>
 #include <QTextStream>
 
@@ -22,12 +21,8 @@ const QCommandLineOption kNote(QStringLiteral("note"), QStringLiteral("A remark 
 
 int WriteJson(const QByteArray& json, const QString& path)
 {
-    if (path.isEmpty()) {
-        QFile out;
-        if (!out.open(stdout, QIODevice::WriteOnly) || out.write(json) < 0 || !out.flush())
-            return Fail(kExitFileError, QStringLiteral("cannot write the output: ") + out.errorString());
-        return kExitOk;
-    }
+    if (path.isEmpty())
+        return PrintOut(json);
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly) || file.write(json) < 0 || !file.commit())
         return Fail(kExitFileError, QStringLiteral("cannot write %1: %2").arg(QDir::toNativeSeparators(path), file.errorString()));

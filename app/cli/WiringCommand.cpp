@@ -7,7 +7,6 @@
 #include "app/cli/MeterRound.h"
 #include "measure/WiringVerdict.h"
 
-#include <QFile>
 
 int RunWiring(const QStringList& arguments)
 {
@@ -30,9 +29,6 @@ int RunWiring(const QStringList& arguments)
     if (line.IsSet(kTickCount) && !line.IsSet(watch))
         return Fail(kExitBadArguments, QStringLiteral("--count goes with --watch"));
 
-    QFile out;
-    if (!out.open(stdout, QIODevice::WriteOnly))
-        return Fail(kExitFileError, QStringLiteral("cannot write the output: ") + out.errorString());
     ConsoleSession console(*options);
     if (const int status = console.GoOnLine(); status != kExitOk)
         return status;
@@ -55,8 +51,8 @@ int RunWiring(const QStringList& arguments)
         }
         first = false;
         text += verdict.Lines().join(u'\n') + u'\n';
-        if (out.write(text.toUtf8()) < 0 || !out.flush())
-            return Fail(kExitFileError, QStringLiteral("cannot write the output: ") + out.errorString());
+        if (const int status = PrintOut(text.toUtf8()); status != kExitOk)
+            return status;
         return int(verdict.Passed() ? kExitOk : kExitFound);
     };
     const qint64 rounds = line.IsSet(watch) ? *ticks : 1;
