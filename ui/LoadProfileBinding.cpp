@@ -1,5 +1,6 @@
 #include "ui/LoadProfileBinding.h"
 
+#include "loadprofile/LpPace.h"
 #include "ports/OperatorPrompts.h"
 #include "ports/TextNumbers.h"
 #include "session/MeterSession.h"
@@ -26,14 +27,10 @@ namespace {
 // until a step has been saved.
 QString PaceText(qint32 done, qint32 total, qint64 elapsedMs)
 {
-    if (done < 1 || elapsedMs < 1)
+    const std::optional<LpPace> pace = LpPace::Of(done, total - done, double(elapsedMs) / 1000);
+    if (!pace)
         return QStringLiteral("Rate — · time left —");
-    const double rate = 1000.0 * done / double(elapsedMs);
-    const qint64 left = qRound64((total - done) / rate);
-    return QStringLiteral("%1 intervals/s · %2:%3 left")
-        .arg(rate, 0, 'f', 1)
-        .arg(left / 60)
-        .arg(left % 60, 2, 10, QLatin1Char('0'));
+    return QStringLiteral("%1 intervals/s · %2 left").arg(pace->perSecond, 0, 'f', 1).arg(pace->TimeLeft());
 }
 
 // Each group's set-up and clear, as settings.

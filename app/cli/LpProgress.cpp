@@ -1,5 +1,7 @@
 #include "app/cli/LpProgress.h"
 
+#include "loadprofile/LpPace.h"
+
 #include <cstdio>
 
 #include <unistd.h>
@@ -8,12 +10,6 @@ namespace {
 
 constexpr qint64 kRedrawMs = 250;
 constexpr int kBarWidth = 30;
-
-QString Duration(qint64 seconds)
-{
-    return seconds >= 3600 ? QStringLiteral("%1:%2:%3").arg(seconds / 3600).arg(seconds / 60 % 60, 2, 10, QChar(u'0')).arg(seconds % 60, 2, 10, QChar(u'0'))
-                           : QStringLiteral("%1:%2").arg(seconds / 60).arg(seconds % 60, 2, 10, QChar(u'0'));
-}
 
 } // namespace
 
@@ -57,8 +53,8 @@ QString LpProgress::Line(qint64 done, qint64 total, qint64 doneHere, double seco
                        .arg(QString(filled, u'#'), QString(kBarWidth - filled, u'.'))
                        .arg(done)
                        .arg(total);
-    if (doneHere <= 0 || seconds <= 0)
+    const std::optional<LpPace> pace = LpPace::Of(doneHere, total - done, seconds);
+    if (!pace)
         return line + QStringLiteral("  --/s  --:-- left");
-    const double rate = doneHere / seconds;
-    return line + QStringLiteral("  %1/s  %2 left").arg(rate, 0, 'f', 1).arg(Duration(qint64((total - done) / rate + 0.5)));
+    return line + QStringLiteral("  %1/s  %2 left").arg(pace->perSecond, 0, 'f', 1).arg(pace->TimeLeft());
 }
