@@ -22,7 +22,9 @@ public:
 
     struct Plan {
         QString device;         // a serial device or "tcp://host:port"
-        QStringList baudRates;  // tried in this order; a network port takes the first only
+        // Tried in this order, the meter's usual rate first: most meters answer in the first
+        // sweep. A network port takes the first only.
+        QStringList baudRates{QStringLiteral("19200"), QStringLiteral("9600")};
         QString stopBits = QStringLiteral("1");
         int first = 1;
         int last = 250;

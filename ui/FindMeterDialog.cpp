@@ -17,8 +17,7 @@ FindMeterDialog::FindMeterDialog(const QString& device, const QString& stopBits,
 {
     setObjectName(QStringLiteral("FindMeterDialog"));
     setWindowTitle(QStringLiteral("Find meter"));
-    // The meter's usual rate first: most meters are found in the first sweep.
-    m_plan = {device, {QStringLiteral("19200"), QStringLiteral("9600")}, stopBits, kLowestAddress, kHighestAddress};
+    m_plan = {.device = device, .stopBits = stopBits, .first = kLowestAddress, .last = kHighestAddress};
 
     progress = new QProgressBar;
     progress->setAccessibleName(QStringLiteral("Scan progress"));

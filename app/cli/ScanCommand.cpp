@@ -68,9 +68,10 @@ int RunScan(const QStringList& arguments)
         device = simulator->start().path;
     }
 
-    MeterScan::Plan plan{device, {options->baudRate}, options->stopBits, first, last, line.IsSet(all), options->replyTimeoutMs};
-    if (!line.LineOptionSet(QStringLiteral("baud")) && !TcpTransport::IsAddress(device))
-        plan.baudRates = QStringList{QStringLiteral("19200"), QStringLiteral("9600")};
+    MeterScan::Plan plan{.device = device, .stopBits = options->stopBits, .first = first, .last = last,
+                         .all = line.IsSet(all), .replyTimeoutMs = options->replyTimeoutMs};
+    if (line.LineOptionSet(QStringLiteral("baud")))
+        plan.baudRates = {options->baudRate};
     MeterScan scan;
     TerminationSignals termination;
     QObject::connect(&termination, &TerminationSignals::received, &scan, &MeterScan::Stop);
